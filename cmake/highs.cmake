@@ -1,0 +1,15 @@
+# Finds HiGHS: in the prefix HIGHS_ROOT if the user gives one, else where scripts/install-deps unpacked it. Only its C
+# interface is used, so that any build from 1.10 on will do.
+set(_highs_prefix ${HIGHS_ROOT})
+if(NOT _highs_prefix)
+  set(_highs_prefix ${CMAKE_SOURCE_DIR}/build/deps/highs-1.15.1)
+endif()
+
+find_path(ZELOR_HIGHS_INCLUDE interfaces/highs_c_api.h
+  HINTS ${_highs_prefix}/include/highs ${_highs_prefix}/include REQUIRED NO_CACHE)
+find_library(ZELOR_HIGHS_LIBRARY highs HINTS ${_highs_prefix}/lib ${_highs_prefix}/lib64 REQUIRED NO_CACHE)
+
+add_library(zelor_highs INTERFACE)
+target_include_directories(zelor_highs SYSTEM INTERFACE ${ZELOR_HIGHS_INCLUDE})
+target_link_libraries(zelor_highs INTERFACE ${ZELOR_HIGHS_LIBRARY})
+message(STATUS "HiGHS: ${ZELOR_HIGHS_LIBRARY}")

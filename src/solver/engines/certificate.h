@@ -1,0 +1,22 @@
+/* certificate.h - proofs that a linear problem has no feasible point, or no finite optimum, checked on the task's data.
+ *
+ * Status 5 (no feasible point): y, slc, suc, slx, sux with A'y + slx - sux = 0, every multiplier on a side that exists
+ * and with the sign of its side, and lower'slc - upper'suc + lower'slx - upper'sux above 0 (below 0 in a maximisation):
+ * adding up the sides with these weights gives a contradiction. dual_obj is that sum.
+ * Status 6 (no finite optimum where there is a feasible point): xx, a direction that stays within rows and bounds from
+ * anywhere and improves the objective; xc = A xx, primal_obj = c'xx.
+ * Both are scaled so that their largest entry is 1. */
+#pragma once
+
+#include "solver/engines/check.h"
+
+/* Make `sol` the certificate that `ray` gives, of either sign, and set its statuses; near ones where it misses the
+ * tolerances by a factor up to check_near_factor. Return whether it is a full certificate. `sol` is complete, of the
+ * model's size. */
+bool certificate_from_dual_ray(const model *m, const check_tolerances *tol, const std::vector<double> &ray,
+                               solution *sol);
+bool certificate_from_primal_ray(const model *m, const check_tolerances *tol, const std::vector<double> &ray,
+                                 solution *sol);
+
+/* The certificate of a single row or column whose lower bound lies above its upper one. */
+void certificate_from_crossed_bounds(const model *m, bool is_row, int32_t index, solution *sol);

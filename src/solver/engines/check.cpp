@@ -1,0 +1,309 @@
+/* check.cpp - see check.h. */
+#include "solver/engines/check.h"
+
+#include <algorithm>
+#include <cmath>
+
+/* Rounding in a sum of terms: far above 2^-53, for engines add in another order and on scaled data; far below any
+ * tolerance. */
+static constexpr double rounding = 1e-9;
+
+static double size_of(double bound) { return std::isfinite(bound) ? std::max(1.0, std::fabs(bound)) : 1.0; }
+
+static double sense_sign(const model *m) { return m->sense == ZLR_SENSE_MAX ? -1.0 : 1.0; }
+
+check_tolerances check_tolerances_of(const param_set *params)
+{
+    check_tolerances tol;
+    const double base = param_dou(params, DPAR_CHECK_TOL);
+    /* A user who lets the engine be less exact must not be told that its answer fails. */
+    tol.primal = std::max(base, param_dou(params, DPAR_PRIMAL_FEASIBILITY_TOL));
+    tol.dual = std::max(base, param_dou(params, DPAR_DUAL_FEASIBILITY_TOL));
+    tol.gap = std::max({base, param_dou(params, DPAR_IPM_OPTIMALITY_TOL), param_dou(params, DPAR_PDLP_OPTIMALITY_TOL)});
+    tol.integer = std::max(base, param_dou(params, DPAR_MIP_FEASIBILITY_TOL));
+    tol.mip_rel_gap = param_dou(params, DPAR_MIP_REL_GAP);
+    tol.mip_abs_gap = param_dou(params, DPAR_MIP_ABS_GAP);
+    return tol;
+}
+
+/* Row activities and the sizes of their terms. */
+struct row_sums {
+    std::vector<double> value, terms;
+};
+
+static row_sums row_sums_at(const model *m, const std::vector<double> &x)
+{
+    row_sums sums;
+    const auto rows = static_cast<size_t>(m->num_con);
+    sums.value.assign(rows, 0.0);
+    sums.terms.assign(rows, 0.0);
+    for (size_t j = 0; j < x.size(); j++) {
+        if (x[j] == 0.0) continue;
+        for (auto k = static_cast<size_t>(m->a.start[j]); k < static_cast<size_t>(m->a.start[j + 1]); k++) {
+            const auto i = static_cast<size_t>(m->a.row[k]);
+            const double term = m->a.value[k] * x[j];
+            sums.value[i] += term;
+            sums.terms[i] += std::fabs(term);
+        }
+    }
+    return sums;
+}
+
+/* Reduced cost of a column and what is allowed for its residual. */
+struct reduced_cost {
+    double value, allowed;
+};
+
+static reduced_cost reduced_at(const model *m, const check_tolerances *tol, const std::vector<double> &y, size_t j)
+{
+    double value = m->c[j];
+    double terms = std::fabs(m->c[j]);
+    for (auto k = static_cast<size_t>(m->a.start[j]); k < static_cast<size_t>(m->a.start[j + 1]); k++) {
+        const double term = m->a.value[k] * y[static_cast<size_t>(m->a.row[k])];
+        value -= term;
+        terms += std::fabs(term);
+    }
+    return {value, tol->dual * size_of(m->c[j]) + rounding * terms};
+}
+
+/* Puts a multiplier on the side that its sign names. `distance`: how far the point is from that side; negative when
+ * there is no point to tell. */
+static void put_on_side(double multiplier, double sign, double lower, double upper, double allowed, bool has_point,
+                        double at, double primal_tol, double *on_lower, double *on_upper)
+{
+    const bool wants_lower = multiplier * sign > 0.0;
+    const double side = wants_lower ? lower : upper;
+
+    *on_lower = *on_upper = 0.0;
+    if (multiplier == 0.0 || !std::isfinite(side)) return;
+    const bool met = !has_point || std::fabs(at - side) <= primal_tol * size_of(side);
+    if (!met && std::fabs(multiplier) <= allowed) return;
+    if (wants_lower)
+        *on_lower = multiplier;
+    else
+        *on_upper = -multiplier;
+}
+
+void check_complete(const model *m, const check_tolerances *tol, solution *sol)
+{
+    const double sign = sense_sign(m);
+
+    if (sol->has_primal) sol->xc = row_sums_at(m, sol->xx).value;
+    if (!sol->has_dual) return;
+    for (size_t i = 0; i < sol->y.size(); i++)
+        put_on_side(sol->y[i], sign, m->con_lower[i], m->con_upper[i], tol->dual, sol->has_primal, sol->xc[i],
+                    tol->primal, &sol->slc[i], &sol->suc[i]);
+    for (size_t j = 0; j < sol->slx.size(); j++) {
+        const reduced_cost d = reduced_at(m, tol, sol->y, j);
+        put_on_side(d.value, sign, m->var_lower[j], m->var_upper[j], d.allowed, sol->has_primal, sol->xx[j],
+                    tol->primal, &sol->slx[j], &sol->sux[j]);
+    }
+}
+
+/* The larger of what was found so far and a new residual, with the place where it is. */
+static void note(double residual, size_t place, double *largest, int32_t *worst)
+{
+    if (!(residual > *largest)) return;
+    *largest = residual;
+    *worst = static_cast<int32_t>(place);
+}
+
+static double violation(double value, double lower, double upper)
+{
+    return std::max({0.0, lower - value, value - upper});
+}
+
+static double nearer_side(double value, double lower, double upper)
+{
+    return lower - value > value - upper ? lower : upper;
+}
+
+static double check_rows(const model *m, const check_tolerances *tol, solution *sol)
+{
+    const row_sums sums = row_sums_at(m, sol->xx);
+    double ratio = 0.0;
+
+    sol->check.row = 0.0;
+    for (size_t i = 0; i < sums.value.size(); i++) {
+        const double v = violation(sums.value[i], m->con_lower[i], m->con_upper[i]);
+        if (v == 0.0) continue;
+        const double side = nearer_side(sums.value[i], m->con_lower[i], m->con_upper[i]);
+        note(v, i, &sol->check.row, &sol->check.worst_row);
+        ratio = std::max(ratio, v / (tol->primal * size_of(side) + rounding * sums.terms[i]));
+    }
+    return ratio;
+}
+
+static double check_columns(const model *m, const check_tolerances *tol, bool integers, solution *sol)
+{
+    double ratio = 0.0;
+
+    sol->check.bound = 0.0;
+    for (size_t j = 0; j < sol->xx.size(); j++) {
+        const double x = sol->xx[j];
+        const double v = violation(x, m->var_lower[j], m->var_upper[j]);
+        if (v > 0.0) {
+            note(v, j, &sol->check.bound, &sol->check.worst_bound);
+            ratio = std::max(ratio, v / (tol->primal * size_of(nearer_side(x, m->var_lower[j], m->var_upper[j]))));
+        }
+        if (!integers || m->var_type[j] != ZLR_VAR_INT) continue;
+        if (std::isnan(sol->check.integrality)) sol->check.integrality = 0.0;
+        const double off = std::fabs(x - std::round(x));
+        note(off, j, &sol->check.integrality, &sol->check.worst_int);
+        ratio = std::max(ratio, off / tol->integer);
+    }
+    return ratio;
+}
+
+static bool all_finite(const std::vector<double> &v)
+{
+    return std::all_of(v.begin(), v.end(), [](double value) { return std::isfinite(value); });
+}
+
+static double check_primal(const model *m, const check_tolerances *tol, bool integers, solution *sol)
+{
+    if (!sol->has_primal || !all_finite(sol->xx)) return model_inf;
+    sol->primal_obj = model_objective(m, sol->xx.data());
+    const double rows = check_rows(m, tol, sol);
+    const double columns = check_columns(m, tol, integers, sol);
+    return std::max(rows, columns);
+}
+
+/* Stationarity: what of y and of the reduced costs stands on no side; and multipliers of the wrong sign. */
+static double check_dual(const model *m, const check_tolerances *tol, solution *sol)
+{
+    const double sign = sense_sign(m);
+    double ratio = 0.0;
+    int32_t worst_row = -1;
+
+    if (!sol->has_dual || !all_finite(sol->y)) return model_inf;
+    sol->check.dual = 0.0;
+    for (size_t i = 0; i < sol->y.size(); i++) {
+        const double wrong = std::max({0.0, -sign * sol->slc[i], -sign * sol->suc[i]});
+        const double rest = std::max(std::fabs(sol->y[i] - sol->slc[i] + sol->suc[i]), wrong);
+        note(rest, i, &sol->check.dual, &worst_row);
+        ratio = std::max(ratio, rest / tol->dual);
+    }
+    for (size_t j = 0; j < sol->slx.size(); j++) {
+        const reduced_cost d = reduced_at(m, tol, sol->y, j);
+        const double wrong = std::max({0.0, -sign * sol->slx[j], -sign * sol->sux[j]});
+        const double rest = std::max(std::fabs(d.value - sol->slx[j] + sol->sux[j]), wrong);
+        note(rest, j, &sol->check.dual, &sol->check.worst_dual);
+        ratio = std::max(ratio, rest / d.allowed);
+    }
+    return ratio;
+}
+
+/* multiplier * side, 0 for no multiplier: a side that does not exist is infinite. */
+static double weighted(double multiplier, double side) { return multiplier == 0.0 ? 0.0 : multiplier * side; }
+
+static void add_sides(const std::vector<double> &on_lower, const std::vector<double> &on_upper,
+                      const std::vector<double> &lower, const std::vector<double> &upper, double *sum)
+{
+    for (size_t i = 0; i < on_lower.size(); i++)
+        *sum += weighted(on_lower[i], lower[i]) - weighted(on_upper[i], upper[i]);
+}
+
+static double largest_product(const std::vector<double> &on_lower, const std::vector<double> &on_upper,
+                              const std::vector<double> &lower, const std::vector<double> &upper,
+                              const std::vector<double> &at)
+{
+    double largest = 0.0;
+    for (size_t i = 0; i < at.size(); i++) {
+        if (on_lower[i] != 0.0) largest = std::max(largest, std::fabs(on_lower[i] * (at[i] - lower[i])));
+        if (on_upper[i] != 0.0) largest = std::max(largest, std::fabs(on_upper[i] * (upper[i] - at[i])));
+    }
+    return largest;
+}
+
+static double check_gap(const model *m, const check_tolerances *tol, solution *sol)
+{
+    double terms = 0.0;
+
+    for (size_t j = 0; j < sol->xx.size(); j++) terms += std::fabs(m->c[j] * sol->xx[j]);
+    sol->check.complementarity = std::max(largest_product(sol->slc, sol->suc, m->con_lower, m->con_upper, sol->xc),
+                                          largest_product(sol->slx, sol->sux, m->var_lower, m->var_upper, sol->xx));
+    /* The constant belongs to both objectives and must not make the gap look small. */
+    const double size = std::max({1.0, std::fabs(sol->primal_obj - m->cfix), std::fabs(sol->dual_obj - m->cfix)});
+    const double gap = std::fabs(sol->primal_obj - sol->dual_obj) / (tol->gap * size + rounding * terms);
+    return std::isnan(gap) ? model_inf : gap;
+}
+
+check_result check_solution(const model *m, const check_tolerances *tol, bool integers, solution *sol)
+{
+    check_result found;
+
+    sol->check = solution_check{};
+    found.primal = check_primal(m, tol, integers, sol);
+    found.dual = check_dual(m, tol, sol);
+    if (sol->has_dual) {
+        sol->dual_obj = m->cfix;
+        add_sides(sol->slc, sol->suc, m->con_lower, m->con_upper, &sol->dual_obj);
+        add_sides(sol->slx, sol->sux, m->var_lower, m->var_upper, &sol->dual_obj);
+    }
+    if (std::isfinite(found.primal) && std::isfinite(found.dual)) found.gap = check_gap(m, tol, sol);
+    return found;
+}
+
+void check_set_status(const check_result *found, solution *sol)
+{
+    const bool primal = found->primal <= 1.0, near_primal = found->primal <= check_near_factor;
+    const bool dual = found->dual <= 1.0, near_dual = found->dual <= check_near_factor;
+
+    sol->prosta = ZLR_PRO_UNKNOWN;
+    sol->solsta = ZLR_SOLSTA_UNKNOWN;
+    if (primal && dual) {
+        sol->prosta = ZLR_PRO_PRIM_AND_DUAL_FEAS;
+        sol->solsta = found->gap <= 1.0 ? ZLR_SOLSTA_OPTIMAL : ZLR_SOLSTA_PRIM_AND_DUAL_FEAS;
+    } else if (primal) {
+        sol->prosta = ZLR_PRO_PRIM_FEAS;
+        sol->solsta = ZLR_SOLSTA_PRIM_FEAS;
+    } else if (dual) {
+        sol->prosta = ZLR_PRO_DUAL_FEAS;
+        sol->solsta = ZLR_SOLSTA_DUAL_FEAS;
+    }
+    if (sol->solsta == ZLR_SOLSTA_OPTIMAL) return;
+    if (near_primal && near_dual && found->gap <= check_near_factor)
+        sol->solsta = ZLR_SOLSTA_NEAR_OPTIMAL;
+    else if (sol->solsta == ZLR_SOLSTA_UNKNOWN && near_primal)
+        sol->solsta = ZLR_SOLSTA_NEAR_PRIM_FEAS;
+    else if (sol->solsta == ZLR_SOLSTA_UNKNOWN && near_dual)
+        sol->solsta = ZLR_SOLSTA_NEAR_DUAL_FEAS;
+}
+
+double check_relative_gap(double objective, double bound)
+{
+    const double gap = std::fabs(objective - bound);
+    if (gap == 0.0) return 0.0;
+    return objective == 0.0 ? model_inf : gap / std::fabs(objective);
+}
+
+void check_set_integer_status(const check_tolerances *tol, int32_t sense, const check_result *found, bool has_bound,
+                              double bound, solution *sol)
+{
+    const bool primal = found->primal <= 1.0, near_primal = found->primal <= check_near_factor;
+    /* An incumbent beyond its own bound has no gap. */
+    const double over = sense == ZLR_SENSE_MAX ? bound - sol->primal_obj : sol->primal_obj - bound;
+    const double room = rounding * std::max(1.0, std::fabs(sol->primal_obj));
+    const bool closed = has_bound && (over <= tol->mip_abs_gap + room ||
+                                      check_relative_gap(sol->primal_obj, bound) <= tol->mip_rel_gap + rounding);
+
+    sol->dual_obj = has_bound ? bound : (sense == ZLR_SENSE_MAX ? model_inf : -model_inf);
+    sol->prosta = primal ? ZLR_PRO_PRIM_FEAS : ZLR_PRO_UNKNOWN;
+    sol->solsta = ZLR_SOLSTA_UNKNOWN;
+    if (primal)
+        sol->solsta = closed ? ZLR_SOLSTA_INTEGER_OPTIMAL : ZLR_SOLSTA_PRIM_FEAS;
+    else if (near_primal)
+        sol->solsta = closed ? ZLR_SOLSTA_NEAR_INTEGER_OPTIMAL : ZLR_SOLSTA_NEAR_PRIM_FEAS;
+}
+
+int32_t check_rank(int32_t solsta)
+{
+    static const int32_t order[] = {ZLR_SOLSTA_OPTIMAL,        ZLR_SOLSTA_INTEGER_OPTIMAL,
+                                    ZLR_SOLSTA_NEAR_OPTIMAL,   ZLR_SOLSTA_PRIM_AND_DUAL_FEAS,
+                                    ZLR_SOLSTA_PRIM_FEAS,      ZLR_SOLSTA_NEAR_INTEGER_OPTIMAL,
+                                    ZLR_SOLSTA_NEAR_PRIM_FEAS, ZLR_SOLSTA_DUAL_FEAS,
+                                    ZLR_SOLSTA_NEAR_DUAL_FEAS};
+    const auto *end = std::end(order);
+    return static_cast<int32_t>(std::find(std::begin(order), end, solsta) - std::begin(order));
+}

@@ -1,0 +1,50 @@
+/* check.h - the check of a solution on the task's own, unscaled data. Statuses come from here, not from engines.
+ *
+ * A residual is compared with what is allowed for it: the tolerance, relative to the size of the bound or cost that it
+ * belongs to where that is above 1, and a share for rounding that grows with the terms that were added up. So a correct
+ * answer on a model with large numbers passes, and a wrong one does not hide behind numbers elsewhere in the model. */
+#pragma once
+
+#include "solver/model/model.h"
+#include "solver/model/solution.h"
+#include "solver/params/params.h"
+
+struct check_tolerances {
+    double primal = 1e-6, dual = 1e-6, gap = 1e-6, integer = 1e-6;
+    double mip_rel_gap = 1e-4, mip_abs_gap = 1e-6;
+};
+
+/* What lies between "optimal" and "near optimal": a near answer may be so many times over the tolerances. */
+inline constexpr double check_near_factor = 100.0;
+
+/* The largest ratio of residual to what is allowed; at most 1 passes. Infinite: nothing there to check. */
+struct check_result {
+    double primal = model_inf; /* rows, bounds, integrality */
+    double dual = model_inf;   /* stationarity and signs */
+    double gap = model_inf;    /* primal against dual objective */
+};
+
+check_tolerances check_tolerances_of(const param_set *params);
+
+/* Computes xc from xx, and the duals of the sides from y and the reduced costs: y = slc - suc, c - A'y = slx - sux. What
+ * has the sign of a side that does not exist, or is below the tolerance at a side that is not met, stays in neither: it
+ * is a residual. Needs has_primal or has_dual. */
+void check_complete(const model *m, const check_tolerances *tol, solution *sol);
+
+/* Fills sol->check and the objectives, of what has_primal and has_dual say is there. `integers`: whether integrality is
+ * asked for. The solution is complete. */
+check_result check_solution(const model *m, const check_tolerances *tol, bool integers, solution *sol);
+
+/* Statuses of a checked solution of a continuous problem. */
+void check_set_status(const check_result *found, solution *sol);
+
+/* Statuses of a checked integer solution. `bound` is the engine's bound on the objective. Integer optimal needs a gap
+ * within the tolerances. */
+void check_set_integer_status(const check_tolerances *tol, int32_t sense, const check_result *found, bool has_bound,
+                              double bound, solution *sol);
+
+/* Gap between incumbent and bound, relative to the incumbent; infinite where an incumbent of 0 has a bound elsewhere. */
+double check_relative_gap(double objective, double bound);
+
+/* Better first: the order of solution statuses for choosing the best of several points. Smaller is better. */
+int32_t check_rank(int32_t solsta);

@@ -1,0 +1,127 @@
+/* engine.h - what the library asks of an engine, and what an engine gives.
+ *
+ * An adapter is a module of its own: a shared object beside the library that exports one symbol, `zelor_engine`, its
+ * adapter record. It is loaded on first use with its symbols kept local, and never unloaded. Everything an engine works
+ * on stands in a job that is shared (std::shared_ptr) between the runner and the engine's thread: when the runner leaves
+ * an engine that does not come back, the job lives on until that thread has ended.
+ *
+ * Signs: an adapter gives row duals and reduced costs in the library's convention (zelor.h, "Duals"). */
+#pragma once
+
+#include "solver/model/model.h"
+#include "zelor.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+inline constexpr int32_t engine_abi = 1;
+
+enum engine_method {
+    METHOD_CHOOSE = 0, /* the engine's own choice */
+    METHOD_DUAL_SIMPLEX,
+    METHOD_PRIMAL_SIMPLEX,
+    METHOD_INTPNT, /* interior point, with crossover unless the job says otherwise */
+    METHOD_HIPO,
+    METHOD_PDLP,
+    METHOD_MIP
+};
+
+enum engine_status {
+    ENGINE_UNKNOWN = 0, /* ended without an answer */
+    ENGINE_OPTIMAL,
+    ENGINE_PRIMAL_INFEASIBLE,
+    ENGINE_DUAL_INFEASIBLE, /* unbounded, or no dual feasible point */
+    ENGINE_INFEASIBLE_OR_UNBOUNDED,
+    ENGINE_STOPPED, /* the stop flag was seen */
+    ENGINE_TIME_LIMIT,
+    ENGINE_ITERATION_LIMIT,
+    ENGINE_NODE_LIMIT,
+    ENGINE_SOLUTION_LIMIT,
+    ENGINE_OBJECTIVE_LIMIT,
+    ENGINE_MEMORY,
+    ENGINE_REFUSED, /* does not take this problem or option; `message` tells */
+    ENGINE_FAILED   /* an error inside the engine; `message` tells */
+};
+
+/* An engine's own option with the value of the parameter that stands for it. Only parameters that are not at their
+ * default are handed over. */
+struct engine_option {
+    std::string name;
+    int32_t param_class; /* ZLR_PAR_... */
+    double dou = 0.0;
+    int32_t integer = 0;
+    std::string str;
+};
+
+/* A start: any of the parts may be empty. */
+struct engine_start {
+    std::vector<int32_t> row_key, col_key; /* ZLR_SK_...: a basis */
+    std::vector<double> x, y;
+};
+
+/* An answer. Vectors are empty where the engine has nothing to give. */
+struct engine_answer {
+    engine_status status = ENGINE_UNKNOWN;
+    std::string message;
+    std::vector<double> x;                 /* columns */
+    std::vector<double> y;                 /* row multipliers */
+    std::vector<double> reduced;           /* reduced costs */
+    std::vector<int32_t> row_key, col_key; /* a basis */
+    std::vector<double> primal_ray;        /* columns: certificate of dual infeasibility */
+    std::vector<double> dual_ray;          /* rows: certificate of primal infeasibility */
+    double best_bound = 0.0;
+    bool has_bound = false;
+    int64_t simplex_iterations = 0, ipm_iterations = 0, crossover_iterations = 0, pdlp_iterations = 0;
+    int64_t nodes = 0;
+};
+
+/* Progress, written by the engine's thread as it goes and read by the runner. */
+struct engine_progress {
+    int64_t iterations = 0;
+    int64_t nodes = 0;
+    double primal_obj = 0.0, dual_obj = 0.0;
+    bool has_primal = false, has_dual = false;
+    double primal_infeas = -1.0, dual_infeas = -1.0; /* negative: not known */
+    const char *phase = "";                          /* "presolve", "simplex" ...; a constant */
+};
+
+struct engine_job {
+    std::shared_ptr<const model> problem;
+    engine_method method = METHOD_CHOOSE;
+    int32_t threads = 1;
+    double time_limit_s = 0.0;  /* what is left of it when the job starts; infinite: none */
+    bool want_interior = false; /* keep the interior solution that crossover starts from */
+    std::vector<engine_option> options;
+    engine_start start;
+
+    std::atomic<bool> stop{false}; /* the runner raises it; the engine ends at its next poll */
+    std::atomic<bool> left{false}; /* the runner has gone: hand over nothing any more */
+
+    std::mutex mutex;             /* guards all below */
+    std::condition_variable wake; /* notified when an incumbent comes and when the job is done */
+    engine_progress progress;
+    std::vector<double> incumbent; /* newest feasible x of branch and cut; empty when taken */
+    double incumbent_obj = 0.0;
+    engine_answer interior; /* the interior solution before crossover, if want_interior */
+    bool has_interior = false;
+    double start_s = 0.0; /* time that the adapter took to load the problem into the engine */
+    engine_answer answer;
+    bool done = false;
+};
+
+struct engine_adapter {
+    int32_t abi; /* engine_abi */
+    const char *name;
+    const char *(*version)(void);
+    const char *licence;
+
+    /* Whether the engine takes the problem by this method. */
+    bool (*accepts)(const model *problem, engine_method method);
+
+    /* Solves and fills job->answer (under the mutex, with `done`). Runs on a thread of its own; throws nothing. */
+    void (*solve)(const std::shared_ptr<engine_job> &job);
+};

@@ -1,0 +1,285 @@
+/* runner.cpp - see runner.h. */
+#include "solver/engines/runner.h"
+#include "solver/report/clock.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <new>
+#include <system_error>
+#include <thread>
+
+/* What the engines' threads use to wake the calling thread. Shared, for a thread may outlive the runner. The
+ * thread of an entry fills the place of the same number: `engine` when the module is loaded, `done` and `missing` last. */
+struct run_signal {
+    std::mutex mutex;
+    std::condition_variable wake;
+    std::vector<bool> done;
+    std::vector<std::string> engine;
+    std::vector<bool> missing;
+};
+
+static double seconds(double value) { return value > 0.0 ? value : 0.0; }
+
+static std::chrono::duration<double> wait_time(double value) { return std::chrono::duration<double>(seconds(value)); }
+
+static int64_t iterations_of(const engine_answer *a)
+{
+    return a->simplex_iterations + a->ipm_iterations + a->crossover_iterations + a->pdlp_iterations;
+}
+
+bool watch_poll(run_watch *watch, const engine_progress *progress)
+{
+    if (watch->stop_code != ZLR_RES_OK) return true;
+    const ZLR_task *task = watch->task;
+    if (task->callback != nullptr) {
+        const bool is_max = task->problem->sense == ZLR_SENSE_MAX;
+        const bool counts = progress != nullptr && !watch->is_aside;
+        ZLR_progress news = {};
+        news.time_s = clock_now_s() - watch->start_s;
+        news.iterations = watch->done_iterations + (progress != nullptr ? progress->iterations : 0);
+        news.nodes = watch->done_nodes + (counts ? progress->nodes : 0);
+        news.primal_obj = is_max ? -model_inf : model_inf;
+        news.dual_obj = is_max ? model_inf : -model_inf;
+        if (watch->has_primal) news.primal_obj = watch->primal_obj;
+        if (watch->has_dual) news.dual_obj = watch->dual_obj;
+        if (counts && progress->has_primal) news.primal_obj = progress->primal_obj;
+        if (counts && progress->has_dual) news.dual_obj = progress->dual_obj;
+        if (task->callback(watch->task, task->callback_handle, &news) != 0) watch->stop_code = ZLR_RES_TRM_USER_STOP;
+    }
+    if (watch->stop_code == ZLR_RES_OK && clock_now_s() >= watch->deadline_s) watch->stop_code = ZLR_RES_TRM_TIME_LIMIT;
+    return watch->stop_code != ZLR_RES_OK;
+}
+
+static void refuse(engine_job *job, engine_status status, const std::string &message)
+{
+    const std::lock_guard<std::mutex> lock(job->mutex);
+    job->answer.status = status;
+    job->answer.message = message;
+    job->done = true;
+}
+
+/* Body of an engine's thread. `job` and `signal` are its own shares; `source` points to a constant. */
+static void engine_thread(const std::shared_ptr<engine_job> &job, const std::shared_ptr<run_signal> &signal,
+                          size_t number, const engine_source *source)
+{
+    bool is_missing = false;
+    try {
+        std::string message;
+        const engine_adapter *adapter = source->load(source->name, &message);
+        if (adapter == nullptr) {
+            is_missing = true;
+            refuse(job.get(), ENGINE_REFUSED, message);
+        } else {
+            const std::string engine = std::string(adapter->name) + " " + adapter->version();
+            {
+                const std::lock_guard<std::mutex> lock(signal->mutex);
+                signal->engine[number] = engine;
+            }
+            if (!adapter->accepts(job->problem.get(), job->method))
+                refuse(job.get(), ENGINE_REFUSED, "does not take this problem by this method");
+            else
+                adapter->solve(job);
+        }
+    } catch (const std::bad_alloc &) {
+        job->answer.status = ENGINE_MEMORY; /* nobody else touches the job before it counts as done */
+    }
+    {
+        const std::lock_guard<std::mutex> lock(signal->mutex);
+        signal->missing[number] = is_missing;
+        signal->done[number] = true;
+    }
+    signal->wake.notify_all();
+}
+
+static std::shared_ptr<engine_job> make_job(const run_order *order, const run_watch *watch)
+{
+    auto job = std::make_shared<engine_job>();
+    job->problem = order->problem;
+    job->method = order->step.method;
+    job->threads = order->step.threads;
+    job->time_limit_s = std::isfinite(watch->deadline_s) ? seconds(watch->deadline_s - clock_now_s()) : model_inf;
+    job->want_interior = order->want_interior;
+    job->options = order->options;
+    job->start = order->start;
+    job->options.insert(job->options.end(), order->step.extra.begin(), order->step.extra.end());
+    return job;
+}
+
+bool runner_start(runner *r, run_watch *watch, const std::vector<run_order> &orders)
+{
+    r->watch = watch;
+    r->signal = std::make_shared<run_signal>();
+    r->signal->done.assign(orders.size(), false);
+    r->signal->missing.assign(orders.size(), false);
+    r->signal->engine.resize(orders.size());
+    r->entries.resize(orders.size());
+
+    bool any = false;
+    for (size_t k = 0; k < orders.size(); k++) {
+        r->entries[k].step = orders[k].step;
+        r->entries[k].job = make_job(&orders[k], watch);
+        try {
+            std::thread(engine_thread, r->entries[k].job, r->signal, k, orders[k].step.source).detach();
+            any = true;
+        } catch (const std::system_error &) { /* no more threads: the race goes on with those that run */
+            r->entries[k].is_reported = true;
+        }
+    }
+    return any;
+}
+
+/* Takes over what an engine has left in its job. */
+static void collect(runner *r, size_t which)
+{
+    run_entry *e = &r->entries[which];
+    engine_job *job = e->job.get();
+
+    {
+        const std::lock_guard<std::mutex> lock(r->signal->mutex);
+        e->engine = r->signal->engine[which];
+        e->is_missing = r->signal->missing[which];
+    }
+    const std::lock_guard<std::mutex> lock(job->mutex);
+    e->answer = std::move(job->answer);
+    e->interior = std::move(job->interior);
+    e->has_interior = job->has_interior;
+    e->progress = job->progress;
+    e->start_s = job->start_s;
+    if (!job->incumbent.empty()) e->incumbent = std::move(job->incumbent);
+    job->incumbent.clear();
+    e->is_reported = true;
+    r->watch->done_iterations += iterations_of(&e->answer);
+    if (!r->watch->is_aside) r->watch->done_nodes += e->answer.nodes;
+}
+
+static bool is_done(runner *r, size_t which)
+{
+    const std::lock_guard<std::mutex> lock(r->signal->mutex);
+    return r->signal->done[which];
+}
+
+static bool take_incumbent(run_entry *e)
+{
+    const std::lock_guard<std::mutex> lock(e->job->mutex);
+    if (e->job->incumbent.empty()) return false;
+    e->incumbent = std::move(e->job->incumbent);
+    e->job->incumbent.clear();
+    return true;
+}
+
+/* The progress of the first engine that runs and has something to tell, else of the first that runs. */
+static bool leading_progress(runner *r, engine_progress *progress, const char **method, bool *is_integer)
+{
+    bool found = false;
+    for (run_entry &e : r->entries) {
+        if (e.is_reported) continue;
+        const std::lock_guard<std::mutex> lock(e.job->mutex);
+        const bool tells = e.job->progress.has_primal || e.job->progress.has_dual;
+        if (found && !tells) continue;
+        *progress = e.job->progress;
+        *method = plan_method_name(e.step.method);
+        *is_integer = e.step.method == METHOD_MIP;
+        found = true;
+        if (tells) break;
+    }
+    return found;
+}
+
+static void show(runner *r, const engine_progress *p, const char *method, bool is_integer)
+{
+    progress_line line;
+    if (p->iterations == 0 && p->nodes == 0 && !p->has_primal && !p->has_dual) return;
+    line.method = method;
+    line.is_integer = is_integer;
+    line.iterations = p->iterations;
+    line.nodes = p->nodes;
+    line.has_primal = p->has_primal;
+    line.has_dual = p->has_dual;
+    line.primal_obj = p->primal_obj;
+    line.dual_obj = p->dual_obj;
+    line.primal_infeas = p->primal_infeas;
+    line.dual_infeas = p->dual_infeas;
+    line.time_s = clock_now_s() - r->watch->start_s;
+    progress_show(&r->watch->table, &line, false);
+}
+
+/* Waits until an engine ends that was not reported, or for the time between two polls. */
+static void wait_a_while(runner *r, double wait_s)
+{
+    std::unique_lock<std::mutex> lock(r->signal->mutex);
+    r->signal->wake.wait_for(lock, wait_time(wait_s), [&] {
+        for (size_t k = 0; k < r->entries.size(); k++)
+            if (r->signal->done[k] && !r->entries[k].is_reported) return true;
+        return false;
+    });
+}
+
+run_event runner_next(runner *r, size_t *which)
+{
+    for (;;) {
+        bool any = false;
+        for (size_t k = 0; k < r->entries.size(); k++) {
+            if (r->entries[k].is_reported) continue;
+            any = true;
+            *which = k;
+            if (is_done(r, k)) {
+                collect(r, k);
+                return RUN_ANSWER;
+            }
+            if (take_incumbent(&r->entries[k])) return RUN_INCUMBENT;
+        }
+        if (!any) return RUN_END;
+
+        engine_progress progress;
+        const char *method = "";
+        bool is_integer = false;
+        const bool found = leading_progress(r, &progress, &method, &is_integer);
+        if (watch_poll(r->watch, found ? &progress : nullptr)) return RUN_STOP;
+        if (found) show(r, &progress, method, is_integer);
+        wait_a_while(r, std::min(runner_poll_s, r->watch->deadline_s - clock_now_s()));
+    }
+}
+
+void runner_halt(runner *r, std::vector<size_t> *back)
+{
+    const double until = clock_now_s() + runner_grace_s;
+
+    for (run_entry &e : r->entries) e.job->stop = true;
+    for (;;) {
+        bool any = false;
+        for (size_t k = 0; k < r->entries.size(); k++) {
+            if (r->entries[k].is_reported) continue;
+            if (is_done(r, k)) {
+                collect(r, k);
+                back->push_back(k);
+            } else {
+                any = true;
+            }
+        }
+        const double rest = until - clock_now_s();
+        if (!any || rest <= 0.0) break;
+        wait_a_while(r, rest);
+    }
+    runner_leave(r);
+}
+
+void runner_leave(runner *r)
+{
+    for (run_entry &e : r->entries) {
+        if (e.is_reported) continue;
+        (void)take_incumbent(&e);
+        {
+            const std::lock_guard<std::mutex> lock(e.job->mutex);
+            e.progress = e.job->progress;
+            e.start_s = e.job->start_s;
+        }
+        {
+            const std::lock_guard<std::mutex> lock(r->signal->mutex);
+            e.engine = r->signal->engine[static_cast<size_t>(&e - r->entries.data())];
+        }
+        e.job->stop = true;
+        e.job->left = true;
+        e.is_reported = true;
+    }
+}

@@ -1,0 +1,152 @@
+/* settle.cpp - proofs with problems of our own, where an engine says more than it shows. See optimize.h.
+ *
+ * "Infeasible or unbounded" is no answer. The least violation of the rows tells which of the two it is and gives the
+ * proof of infeasibility; the best direction within the recession cone gives the proof of unboundedness. When both say
+ * no, the claim was wrong and the next engine is asked. */
+#include "solver/engines/aside.h"
+#include "solver/engines/certificate.h"
+#include "solver/engines/optimize.h"
+
+#include <algorithm>
+
+/* Runs one engine on a problem of our own to the end or a stop. True: it came back, with *entry filled. */
+static bool run_aside(optimization *o, const std::shared_ptr<const model> &problem, engine_method method,
+                      run_entry *entry)
+{
+    runner r;
+    run_order order;
+    size_t which = 0;
+
+    order.problem = problem;
+    order.step.source = o->table->linear;
+    order.step.method = method;
+    o->watch.is_aside = true;
+    run_event event = runner_start(&r, &o->watch, {order}) ? RUN_INCUMBENT : RUN_END;
+    while (event == RUN_INCUMBENT) event = runner_next(&r, &which);
+    if (event == RUN_STOP) {
+        std::vector<size_t> back;
+        runner_halt(&r, &back);
+    }
+    o->watch.is_aside = false;
+    if (event != RUN_ANSWER) return false;
+    *entry = std::move(r.entries[which]);
+    return true;
+}
+
+/* Solves a linear problem of our own; true with `sol` optimal by its check. */
+static bool solve_aside(optimization *o, const std::shared_ptr<const model> &problem, solution *sol)
+{
+    for (const engine_method method : {METHOD_DUAL_SIMPLEX, METHOD_INTPNT, METHOD_PRIMAL_SIMPLEX}) {
+        run_entry entry;
+        if (!run_aside(o, problem, method, &entry)) return false;
+        (void)answer_to_solution(problem.get(), &o->tol, &entry.answer, ZLR_SOL_BAS, sol);
+        if (sol->solsta == ZLR_SOLSTA_OPTIMAL) return true;
+    }
+    return false;
+}
+
+enum finding { FOUND_NOTHING, FOUND_YES, FOUND_NO };
+
+/* Whether the rows of a linear problem can be met; if not, the proof. */
+static finding find_feasible(optimization *o, claim claimed, solution *certificate)
+{
+    const std::shared_ptr<model> phase_one = aside_phase_one(o->problem.get());
+    solution sol;
+
+    if (!solve_aside(o, phase_one, &sol)) return FOUND_NOTHING;
+    const auto columns = static_cast<size_t>(o->problem->num_var);
+    sol.xx.resize(columns);
+    std::vector<double> ray = sol.y;
+    engine_answer point;
+    point.x = sol.xx;
+    solution at;
+    /* What is left may be within what the check takes: then a proof counts where an engine has come to the same. */
+    const bool proven = certificate_from_dual_ray(o->problem.get(), &o->tol, ray, certificate);
+    if (proven && claimed == CLAIM_INFEASIBLE) return FOUND_NO;
+    if (answer_to_solution(o->problem.get(), &o->tol, &point, ZLR_SOL_ITR, &at).primal <= 1.0) return FOUND_YES;
+    return proven ? FOUND_NO : FOUND_NOTHING;
+}
+
+/* Whether there is any integer point: FOUND_NO needs branch and cut's word. */
+static finding find_integer_feasible(optimization *o)
+{
+    run_entry entry;
+
+    if (o->best[ZLR_SOL_ITG].solsta == ZLR_SOLSTA_PRIM_FEAS) return FOUND_YES;
+    if (!run_aside(o, aside_feasibility(o->problem.get()), METHOD_MIP, &entry)) return FOUND_NOTHING;
+    if (entry.answer.status == ENGINE_PRIMAL_INFEASIBLE) return FOUND_NO;
+    for (const std::vector<double> *x : {&entry.incumbent, &entry.answer.x})
+        if (!x->empty()) judge_incumbent(o, *x);
+    return o->best[ZLR_SOL_ITG].solsta == ZLR_SOLSTA_PRIM_FEAS ? FOUND_YES : FOUND_NOTHING;
+}
+
+static finding find_direction(optimization *o, solution *certificate)
+{
+    solution sol;
+    if (!solve_aside(o, aside_recession(o->problem.get()), &sol)) return FOUND_NOTHING;
+    return certificate_from_primal_ray(o->problem.get(), &o->tol, sol.xx, certificate) ? FOUND_YES : FOUND_NO;
+}
+
+static void settle_infeasible_integer(optimization *o)
+{
+    solution status;
+    solution_reset(&status, o->problem->num_con, o->problem->num_var);
+    status.defined = true;
+    status.prosta = ZLR_PRO_PRIM_INFEAS;
+    status.solsta = ZLR_SOLSTA_PRIM_INFEAS_CER;
+    judge_certificate(o, &status);
+}
+
+static const char *claim_text(claim claimed)
+{
+    if (claimed == CLAIM_INFEASIBLE) return "infeasible";
+    return claimed == CLAIM_UNBOUNDED ? "unbounded" : "infeasible or unbounded";
+}
+
+void settle_claim(optimization *o)
+{
+    const claim claimed = o->claimed;
+    solution certificate;
+
+    o->claimed = CLAIM_NONE;
+    if (o->is_settled || claimed == CLAIM_NONE) return;
+    if (o->is_integer && claimed == CLAIM_INFEASIBLE) {
+        settle_infeasible_integer(o);
+        return;
+    }
+    const finding feasible = o->is_integer ? find_integer_feasible(o) : find_feasible(o, claimed, &certificate);
+    if (feasible == FOUND_NO) {
+        if (o->is_integer)
+            settle_infeasible_integer(o);
+        else
+            judge_certificate(o, &certificate);
+        return;
+    }
+    if (o->watch.stop_code != ZLR_RES_OK) return;
+    if (feasible == FOUND_YES && claimed != CLAIM_INFEASIBLE && find_direction(o, &certificate) == FOUND_YES) {
+        judge_certificate(o, &certificate);
+        return;
+    }
+    if (o->watch.stop_code == ZLR_RES_OK)
+        judge_failure(o, o->run.engine,
+                      std::string("it takes the problem for ") + claim_text(claimed) +
+                          ", which the check does not bear out");
+}
+
+void settle_integers(optimization *o)
+{
+    solution *best = &o->best[ZLR_SOL_ITG];
+    run_entry entry;
+
+    if (o->is_exact || o->watch.stop_code != ZLR_RES_OK || !best->defined || !best->has_primal) return;
+    const std::shared_ptr<model> fixed = aside_fixed(o->problem.get(), best->xx);
+    if (!run_aside(o, fixed, METHOD_DUAL_SIMPLEX, &entry) || entry.answer.x.empty()) return;
+    solution sol;
+    bool exact = false;
+    const check_result found = answer_to_incumbent(o->problem.get(), &o->tol, entry.answer.x, &sol, &exact);
+    check_set_integer_status(&o->tol, o->problem->sense, &found, o->has_bound, o->bound, &sol);
+    /* Exact integers are worth a change within the gap, not a worse status. */
+    if (!exact || sol.solsta != best->solsta) return;
+    *best = std::move(sol);
+    o->is_exact = true;
+}

@@ -1,0 +1,236 @@
+/* format.cpp - see io.h: the table of formats, the choice of one, and the messages of readers and writers. */
+#include "solver/io/io.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdarg>
+#include <cstring>
+#include <new>
+#include <stdexcept>
+
+namespace
+{
+/* Every problem that a model can describe fits both formats today. */
+bool holds_all(const model *) { return true; }
+}  // namespace
+
+/* clang-format off */
+const file_format format_table[] = {
+    { "MPS", "mps qps", mps_read, mps_write, holds_all },
+    { "LP",  "lp",      lp_read,  lp_write,  holds_all },
+};
+/* clang-format on */
+const int32_t format_count = static_cast<int32_t>(std::size(format_table));
+
+namespace
+{
+enum { format_mps = 0, format_lp = 1 };
+
+constexpr size_t head_bytes = size_t{16} * 1024; /* enough to get over the comments that most files begin with */
+constexpr size_t quote_max = 60;
+
+char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+bool equal_words(std::string_view a, std::string_view b)
+{
+    return a.size() == b.size() &&
+           std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) { return lower(x) == lower(y); });
+}
+
+bool is_one_of(std::string_view word, std::string_view words)
+{
+    while (!words.empty()) {
+        const size_t end = std::min(words.find(' '), words.size());
+        if (equal_words(word, words.substr(0, end))) return true;
+        words.remove_prefix(std::min(end + 1, words.size()));
+    }
+    return false;
+}
+
+/* Takes the extension off a name: what stands behind the last point of its last part. */
+std::string_view take_extension(std::string_view *name)
+{
+    const size_t point = name->find_last_of("./\\");
+    if (point == std::string_view::npos || (*name)[point] != '.') return {};
+    const std::string_view extension = name->substr(point + 1);
+    *name = name->substr(0, point);
+    return extension;
+}
+
+/* The first line that says something: neither blank nor a comment of either format. */
+std::string_view first_line(std::string_view head, char *comment)
+{
+    *comment = '\0';
+    while (!head.empty()) {
+        const size_t end = std::min(head.find('\n'), head.size());
+        std::string_view line = head.substr(0, end);
+        head.remove_prefix(std::min(end + 1, head.size()));
+        const size_t text = line.find_first_not_of(" \t\r");
+        if (text == std::string_view::npos) continue;
+        if (line[text] != '*' && line[text] != '\\') return line;
+        *comment = line[text];
+    }
+    return {};
+}
+
+/* Bytes of the well-formed UTF-8 character at the beginning of a text; 0: there is none. Overlong forms pass: the text
+ * is shown, not interpreted. */
+size_t utf8_size(std::string_view text)
+{
+    const auto first = static_cast<unsigned char>(text[0]);
+    const size_t size = first < 0x80   ? 1
+                        : first < 0xc2 ? 0
+                        : first < 0xe0 ? 2
+                        : first < 0xf0 ? 3
+                        : first < 0xf5 ? 4
+                                       : 0;
+    if (size > text.size()) return 0;
+    for (size_t i = 1; i < size; ++i)
+        if ((static_cast<unsigned char>(text[i]) & 0xc0U) != 0x80U) return 0;
+    return size;
+}
+
+void io_tell(const io_context *io, int32_t stream, int64_t line, const char *kind, const char *format, va_list args)
+{
+    const std::string where = line > 0 ? "(" + std::to_string(line) + ")" : "";
+    const std::string text = text_vformat(format, args);
+    streams_printf(io->out, stream, "%s%s: %s%s.\n", io->file, where.c_str(), kind, text.c_str());
+}
+}  // namespace
+
+int32_t format_by_name(const char *filename)
+{
+    std::string_view name = filename;
+    std::string_view extension = take_extension(&name);
+    if (equal_words(extension, "gz")) extension = take_extension(&name);
+    for (int32_t i = 0; i < format_count; ++i)
+        if (!extension.empty() && is_one_of(extension, format_table[i].extensions)) return i;
+    return -1;
+}
+
+int32_t format_by_content(std::string_view head)
+{
+    static const char mps_words[] = "NAME ROWS OBJSENSE OBJSENSEMAX OBJNAME";
+    static const char lp_words[] = "min max minimize maximize minimise maximise minimum maximum subject st s.t. such";
+
+    if (head.size() >= 3 && head.substr(0, 3) == "\xef\xbb\xbf") head.remove_prefix(3);
+    char comment = '\0';
+    const std::string_view line = first_line(head, &comment);
+    const size_t begin = std::min(line.find_first_not_of(" \t\r"), line.size());
+    const size_t end = std::min(line.find_first_of(" \t\r:", begin), line.size());
+    const std::string_view word = line.substr(begin, end - begin);
+
+    if (begin == 0 && is_one_of(word, mps_words)) return format_mps;
+    if (is_one_of(word, lp_words)) return format_lp;
+    if (comment == '*') return format_mps;
+    return comment == '\\' ? format_lp : -1;
+}
+
+int32_t io_error(const io_context *io, int32_t code, int64_t line, const char *format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    io_tell(io, ZLR_STREAM_ERR, line, "", format, args);
+    va_end(args);
+    return code;
+}
+
+void io_warning(const io_context *io, int64_t line, const char *format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    io_tell(io, ZLR_STREAM_WRN, line, "warning: ", format, args);
+    va_end(args);
+}
+
+std::string io_quote(std::string_view text)
+{
+    std::string out;
+    while (!text.empty()) {
+        const size_t size = utf8_size(text);
+        if (out.size() + size > quote_max) return out + "...";
+        const auto first = static_cast<unsigned char>(text[0]);
+        if (size == 0 || first < 0x20 || first == 0x7f)
+            out += '?';
+        else
+            out += text.substr(0, size);
+        text.remove_prefix(std::max<size_t>(size, 1));
+    }
+    return out;
+}
+
+namespace
+{
+/* Looks at the beginning of a source and puts it back. */
+int32_t format_of_source(const io_context *io, byte_source *in, int32_t *format)
+{
+    std::string head(head_bytes, '\0');
+    size_t size = 0;
+    for (;;) {
+        size_t got = 0;
+        const int32_t res = source_read(in, head.data() + size, head.size() - size, &got);
+        if (res == ZLR_RES_ERR_FILE_READ) return io_error(io, res, 0, "reading fails: %s", source_error(in));
+        if (res != ZLR_RES_OK) return res;
+        size += got;
+        if (got == 0 || size == head.size()) break;
+    }
+    head.resize(size);
+    source_unread(in, head.data(), head.size());
+    *format = format_by_content(head);
+    if (*format >= 0) return ZLR_RES_OK;
+    if (head.empty()) return io_error(io, ZLR_RES_ERR_FILE_FORMAT, 0, "the file is empty");
+    return io_error(io, ZLR_RES_ERR_FILE_FORMAT, 0,
+                    "neither the name nor the content tells the format; known extensions are .mps, .qps and .lp");
+}
+
+int32_t read_source(const io_context *io, byte_source *in, model *m, int32_t *format)
+{
+    *format = format_by_name(io->file);
+    int32_t res = *format >= 0 ? ZLR_RES_OK : format_of_source(io, in, format);
+    if (res == ZLR_RES_OK) res = format_table[*format].read(io, in, m);
+    return res;
+}
+}  // namespace
+
+int32_t problem_read(const io_context *io, model *m, int32_t *format)
+{
+    byte_source *in = nullptr;
+    int32_t res = ZLR_RES_OK;
+    *format = -1;
+    try {
+        res = source_open(&in, io->file);
+        if (res != ZLR_RES_OK) return io_error(io, res, 0, "the file cannot be opened: %s", std::strerror(errno));
+        res = read_source(io, in, m, format);
+    } catch (const std::bad_alloc &) {
+        res = ZLR_RES_ERR_SPACE;
+    } catch (const std::length_error &) {
+        res = ZLR_RES_ERR_SPACE;
+    }
+    source_close(&in);
+    return res;
+}
+
+int32_t problem_write(const io_context *io, const model *m, int32_t *format)
+{
+    const int32_t by_name = format_by_name(io->file);
+    if (by_name >= 0) *format = by_name;
+    if (*format < 0 || *format >= format_count) *format = format_lp;
+    if (!format_table[*format].holds(m))
+        return io_error(io, ZLR_RES_ERR_WRITE_FORMAT, 0, "the format %s cannot hold the problem",
+                        format_table[*format].name);
+
+    byte_sink *out = nullptr;
+    int32_t res = ZLR_RES_OK;
+    try {
+        res = sink_open(&out, io->file);
+        if (res != ZLR_RES_OK)
+            return io_error(io, res, 0, "the file cannot be opened for writing: %s", std::strerror(errno));
+        res = format_table[*format].write(io, out, m);
+    } catch (const std::bad_alloc &) {
+        res = ZLR_RES_ERR_SPACE;
+    }
+    const int32_t closed = sink_close(&out, res == ZLR_RES_OK);
+    if (closed == ZLR_RES_ERR_FILE_WRITE && (res == ZLR_RES_OK || res == closed))
+        return io_error(io, closed, 0, "the file cannot be written: %s", std::strerror(errno));
+    return res;
+}

@@ -1,0 +1,187 @@
+/* solution_write.cpp - writes the format of solution_file.h. */
+#include "solver/io/solution_file.h"
+
+#include "solver/report/words.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+
+/* Longer names push their line to the right: padding all lines to the longest would be paid by every line. */
+static constexpr size_t widest_name = 20;
+static constexpr size_t number_column = 13;
+
+struct solution_writer {
+    const io_context *io;
+    byte_sink *out;
+    const model *m;
+    const solution *sol;
+    int32_t kind;
+    std::string line;
+};
+
+/* Names stand bare unless a reader could take them apart or for something else. */
+static bool needs_quotes(std::string_view name)
+{
+    if (name.empty() || name[0] == '#' || name[0] == '[') return true;
+    return std::any_of(name.begin(), name.end(), [](char c) {
+        const auto u = static_cast<unsigned char>(c);
+        return u <= ' ' || u == 0x7f || c == '"';
+    });
+}
+
+static void append_name(std::string *line, std::string_view name)
+{
+    if (!needs_quotes(name)) {
+        *line += name;
+        return;
+    }
+    *line += '"';
+    for (const char c : name) {
+        const auto u = static_cast<unsigned char>(c);
+        if (u < ' ' || u == 0x7f) {
+            *line += text_format("\\x%02x", static_cast<unsigned>(u));
+        } else {
+            if (c == '"' || c == '\\') *line += '\\';
+            *line += c;
+        }
+    }
+    *line += '"';
+}
+
+static void append_number(std::string *line, double value)
+{
+    char text[32];
+    const auto end = std::to_chars(text, text + sizeof text, value);
+    const size_t length = static_cast<size_t>(end.ptr - text);
+    line->append(length + 1 < number_column ? number_column - length : 1, ' ');
+    line->append(text, length);
+}
+
+static void put_line(solution_writer *w)
+{
+    w->line += '\n';
+    sink_text(w->out, w->line);
+    w->line.clear();
+}
+
+static void put_header_line(solution_writer *w, const char *keyword, std::string_view value)
+{
+    w->line += text_format("%-17s ", keyword);
+    w->line += value;
+    put_line(w);
+}
+
+static void put_objective(solution_writer *w, const char *keyword, double value)
+{
+    std::string text;
+    if (std::isnan(value))
+        text = "none";
+    else
+        text = param_double_text(value);
+    put_header_line(w, keyword, text);
+}
+
+static void put_header(solution_writer *w)
+{
+    const solution *sol = w->sol;
+    std::string name;
+    append_name(&name, w->m->name);
+
+    w->line = solution_file_magic;
+    put_line(w);
+    put_header_line(w, "problem", name);
+    put_header_line(w, "kind", words_solution_kind(w->kind));
+    put_header_line(w, "rows", std::to_string(w->m->num_con));
+    put_header_line(w, "columns", std::to_string(w->m->num_var));
+    const char *prosta = words_problem_status(sol->prosta), *solsta = words_solution_status(sol->solsta);
+    put_header_line(w, "problem_status", prosta != nullptr ? prosta : "UNKNOWN");
+    put_header_line(w, "solution_status", solsta != nullptr ? solsta : "UNKNOWN");
+    put_objective(w, "primal_objective", sol->primal_obj);
+    put_objective(w, "dual_objective", sol->dual_obj);
+    const std::string parts = std::string(sol->has_keys ? " keys" : "") + (sol->has_primal ? " primal" : "") +
+                              (sol->has_dual && w->kind != ZLR_SOL_ITG ? " dual" : "");
+    put_header_line(w, "holds", parts.empty() ? "nothing" : parts.substr(1));
+    put_line(w);
+}
+
+/* One line of a section: true when all its values are finite. */
+static bool compose_line(solution_writer *w, bool rows, int32_t i, const std::vector<const solution_field *> &fields)
+{
+    const model *m = w->m;
+    const solution *sol = w->sol;
+    const auto at = static_cast<size_t>(i);
+    bool finite = true;
+    append_name(&w->line, names_shown(rows ? &m->con_names : &m->var_names, i, rows ? 'c' : 'x'));
+    if (w->line.size() < widest_name) w->line.append(widest_name - w->line.size(), ' ');
+    w->line += ' ';
+    const char *key = words_status_key((rows ? sol->skc : sol->skx)[at]);
+    w->line += key != nullptr ? key : words_status_key(ZLR_SK_UNDEF);
+    for (const solution_field *field : fields) {
+        const double value = (sol->*(rows ? field->row : field->column))[at];
+        finite = finite && std::isfinite(value);
+        append_number(&w->line, value);
+        if (field->part != FIELD_PRIMAL) continue;
+        append_number(&w->line, (rows ? m->con_lower : m->var_lower)[at]);
+        append_number(&w->line, (rows ? m->con_upper : m->var_upper)[at]);
+    }
+    return finite;
+}
+
+static int32_t put_section(solution_writer *w, bool rows)
+{
+    std::vector<const solution_field *> fields;
+    w->line = rows ? "[rows] name key" : "[columns] name key";
+    for (const solution_field &field : solution_fields) {
+        if ((rows ? field.row : field.column) == nullptr) continue;
+        if (field.part == FIELD_DUAL && w->kind == ZLR_SOL_ITG) continue;
+        fields.push_back(&field);
+        w->line += std::string(" ") + field.name + (field.part == FIELD_PRIMAL ? " lower upper" : "");
+    }
+    put_line(w);
+    const int32_t num = rows ? w->m->num_con : w->m->num_var;
+    for (int32_t i = 0; i < num; i++) {
+        if (!compose_line(w, rows, i, fields))
+            return io_error(
+                w->io, ZLR_RES_ERR_NAN, 0, "the solution of %s %s is not finite", rows ? "row" : "column",
+                io_quote(names_shown(rows ? &w->m->con_names : &w->m->var_names, i, rows ? 'c' : 'x')).c_str());
+        put_line(w);
+    }
+    put_line(w);
+    return ZLR_RES_OK;
+}
+
+static int32_t put_all(solution_writer *w)
+{
+    put_header(w);
+    int32_t res = put_section(w, true);
+    if (res == ZLR_RES_OK) res = put_section(w, false);
+    if (res == ZLR_RES_OK) sink_text(w->out, "[end]\n");
+    return res;
+}
+
+int32_t solution_file_write(const io_context *io, const model *m, const solution *sol, int32_t kind)
+{
+    byte_sink *out = nullptr;
+    errno = 0;
+    int32_t open = sink_open(&out, io->file);
+    if (open != ZLR_RES_OK)
+        return io_error(io, open, 0, "the solution file cannot be opened: %s", std::strerror(errno));
+
+    solution_writer w = {io, out, m, sol, kind, {}};
+    int32_t composed;
+    try {
+        composed = put_all(&w);
+    } catch (...) { /* memory: nothing is left under the asked name */
+        (void)sink_close(&out, false);
+        throw;
+    }
+    errno = 0;
+    const int32_t written = sink_close(&out, composed == ZLR_RES_OK);
+    if (composed != ZLR_RES_OK) return composed;
+    if (written == ZLR_RES_OK) return written;
+    return io_error(io, written, 0, "the solution file cannot be written%s%s", errno != 0 ? ": " : "",
+                    errno != 0 ? std::strerror(errno) : "");
+}

@@ -1,0 +1,137 @@
+/* model.cpp - see model.h. */
+#include "solver/model/model.h"
+
+#include <algorithm>
+#include <cmath>
+
+void model_append_cons(model *m, int32_t num)
+{
+    const auto total = static_cast<size_t>(m->num_con) + static_cast<size_t>(num);
+    m->con_lower.resize(total, -model_inf);
+    m->con_upper.resize(total, model_inf);
+    names_resize(&m->con_names, m->num_con + num);
+    m->num_con += num;
+}
+
+void model_append_vars(model *m, int32_t num)
+{
+    const auto total = static_cast<size_t>(m->num_var) + static_cast<size_t>(num);
+    m->c.resize(total, 0.0);
+    m->var_lower.resize(total, 0.0);
+    m->var_upper.resize(total, 0.0);
+    m->var_type.resize(total, ZLR_VAR_CONT);
+    m->a.start.resize(total + 1, m->a.start.back());
+    names_resize(&m->var_names, m->num_var + num);
+    m->num_var += num;
+}
+
+int64_t model_num_nz(const model *m) { return m->a.start.back(); }
+
+int32_t model_num_int(const model *m)
+{
+    return static_cast<int32_t>(std::count(m->var_type.begin(), m->var_type.end(), ZLR_VAR_INT));
+}
+
+int32_t model_problem_type(const model *m)
+{
+    if (!m->qcon.empty()) return ZLR_PROBTYPE_QCQO;
+    return m->qobj.empty() ? ZLR_PROBTYPE_LO : ZLR_PROBTYPE_QO;
+}
+
+void model_put_column(model *m, int32_t j, int32_t num, const int32_t *row, const double *value)
+{
+    sparse_columns *a = &m->a;
+    const auto col = static_cast<size_t>(j);
+    const auto begin = a->start[col];
+    const auto end = a->start[col + 1];
+    const int64_t kept = std::min<int64_t>(num, end - begin); /* entries that find room where old ones were */
+
+    std::copy_n(row, kept, a->row.begin() + begin);
+    std::copy_n(value, kept, a->value.begin() + begin);
+    if (num > kept) {
+        a->row.insert(a->row.begin() + end, row + kept, row + num);
+        a->value.insert(a->value.begin() + end, value + kept, value + num);
+    } else {
+        a->row.erase(a->row.begin() + begin + kept, a->row.begin() + end);
+        a->value.erase(a->value.begin() + begin + kept, a->value.begin() + end);
+    }
+    const int64_t change = num - (end - begin);
+    if (change == 0) return;
+    for (size_t k = col + 1; k < a->start.size(); ++k) a->start[k] += change;
+}
+
+namespace
+{
+bool quad_before(const quad_term &a, const quad_term &b) { return a.i != b.i ? a.i < b.i : a.j < b.j; }
+}  // namespace
+
+void quad_normalise(std::vector<quad_term> *terms)
+{
+    for (quad_term &t : *terms)
+        if (t.i < t.j) std::swap(t.i, t.j);
+    /* Stable, so that repeated entries are added up in the order given and the sum does not depend on the sort. */
+    if (!std::is_sorted(terms->begin(), terms->end(), quad_before))
+        std::stable_sort(terms->begin(), terms->end(), quad_before);
+
+    size_t kept = 0;
+    for (size_t k = 0; k < terms->size();) {
+        quad_term sum = (*terms)[k];
+        for (++k; k < terms->size() && (*terms)[k].i == sum.i && (*terms)[k].j == sum.j; ++k)
+            sum.value += (*terms)[k].value;
+        if (sum.value != 0.0) (*terms)[kept++] = sum;
+    }
+    terms->resize(kept);
+}
+
+int32_t bounds_to_key(double lower, double upper)
+{
+    const bool has_lower = lower != -model_inf;
+    const bool has_upper = upper != model_inf;
+    if (has_lower && has_upper) return lower == upper ? ZLR_BK_FX : ZLR_BK_RA;
+    if (has_lower) return ZLR_BK_LO;
+    return has_upper ? ZLR_BK_UP : ZLR_BK_FR;
+}
+
+int32_t bounds_from_key(int32_t key, double lower, double upper, double infinite, double *out_lower, double *out_upper)
+{
+    if (key < ZLR_BK_LO || key > ZLR_BK_RA) return ZLR_RES_ERR_ARGUMENT;
+    const bool has_lower = key == ZLR_BK_LO || key == ZLR_BK_FX || key == ZLR_BK_RA;
+    const bool has_upper = key == ZLR_BK_UP || key == ZLR_BK_FX || key == ZLR_BK_RA;
+    if ((has_lower && std::isnan(lower)) || (has_upper && std::isnan(upper))) return ZLR_RES_ERR_NAN;
+    if (key == ZLR_BK_FX && (lower != upper || std::fabs(lower) >= infinite)) return ZLR_RES_ERR_BOUNDS;
+
+    *out_lower = has_lower && std::fabs(lower) < infinite ? lower : -model_inf;
+    *out_upper = has_upper && std::fabs(upper) < infinite ? upper : model_inf;
+    return ZLR_RES_OK;
+}
+
+namespace
+{
+/* x'Qx/2 by its lower triangle: an entry off the diagonal stands for itself and its mirror image. */
+double quad_value(const std::vector<quad_term> &terms, const double *x)
+{
+    double sum = 0.0;
+    for (const quad_term &t : terms) sum += (t.i == t.j ? 0.5 : 1.0) * t.value * x[t.i] * x[t.j];
+    return sum;
+}
+}  // namespace
+
+double model_objective(const model *m, const double *x)
+{
+    double sum = m->cfix;
+    for (int32_t j = 0; j < m->num_var; ++j) sum += m->c[static_cast<size_t>(j)] * x[j];
+    return sum + quad_value(m->qobj, x);
+}
+
+void model_activity(const model *m, const double *x, double *activity)
+{
+    if (activity == nullptr) return;
+    std::fill_n(activity, m->num_con, 0.0);
+    for (int32_t j = 0; j < m->num_var; ++j) {
+        if (x[j] == 0.0) continue;
+        const auto end = static_cast<size_t>(m->a.start[static_cast<size_t>(j) + 1]);
+        for (auto k = static_cast<size_t>(m->a.start[static_cast<size_t>(j)]); k < end; ++k)
+            activity[m->a.row[k]] += m->a.value[k] * x[j];
+    }
+    for (const quad_row &q : m->qcon) activity[q.row] += quad_value(q.terms, x);
+}

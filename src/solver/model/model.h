@@ -1,0 +1,83 @@
+/* model.h - the data of an optimisation problem.
+ *
+ *   minimise or maximise   cfix + c'x + x'Q0x/2
+ *   subject to             con_lower[i] <= a_i x + x'Qix/2 <= con_upper[i]
+ *                          var_lower[j] <= x_j <= var_upper[j],  x_j integer where var_type[j] is ZLR_VAR_INT
+ *
+ * Invariants, true between calls of the functions below: every array has num_con or num_var entries; `a` is by column,
+ * its row numbers are in range and occur once a column, in the order given; bounds that do not exist are -infinity or
+ * +infinity (IEEE), never a large number; nothing is NaN. A lower bound may lie above its upper bound: such a problem
+ * is infeasible, not invalid. Quadratic terms are the lower triangle of Q (i >= j), each entry once.
+ *
+ * Readers fill a fresh model that the task takes over on success. A task shares its model with running engines: it is
+ * copied before it is changed while others hold it (task_edit in task.h). */
+#pragma once
+
+#include "solver/model/names.h"
+#include "zelor.h"
+
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <vector>
+
+inline constexpr double model_inf = std::numeric_limits<double>::infinity();
+
+struct sparse_columns {
+    std::vector<int64_t> start = {0}; /* num_var + 1 */
+    std::vector<int32_t> row;
+    std::vector<double> value;
+};
+
+struct quad_term {
+    int32_t i, j; /* i >= j */
+    double value;
+};
+
+struct quad_row {
+    int32_t row;
+    std::vector<quad_term> terms;
+};
+
+struct model {
+    std::string name;
+    std::string obj_name;
+
+    int32_t num_con = 0;
+    int32_t num_var = 0;
+    int32_t sense = ZLR_SENSE_MIN;
+    double cfix = 0.0;
+
+    std::vector<double> c;
+    std::vector<double> con_lower, con_upper;
+    std::vector<double> var_lower, var_upper;
+    std::vector<uint8_t> var_type; /* ZLR_VAR_CONT or ZLR_VAR_INT */
+    sparse_columns a;
+    std::vector<quad_term> qobj;
+    std::vector<quad_row> qcon; /* ascending by row, none empty */
+
+    name_table con_names, var_names;
+};
+
+void model_append_cons(model *m, int32_t num); /* free rows */
+void model_append_vars(model *m, int32_t num); /* continuous, fixed at 0, empty columns */
+
+int64_t model_num_nz(const model *m);
+int32_t model_num_int(const model *m);
+int32_t model_problem_type(const model *m); /* ZLR_PROBTYPE_... */
+
+/* Replaces column j by `num` entries. The caller has checked rows and values. */
+void model_put_column(model *m, int32_t j, int32_t num, const int32_t *row, const double *value);
+
+/* Sorts by (i, j) and adds up repeated entries; entries that cancel out to 0 go. Swaps i and j where i < j. */
+void quad_normalise(std::vector<quad_term> *terms);
+
+/* Bounds between the model's form and the interface's. A bound of size `infinite` or more does not exist.
+ * bounds_from_key returns ZLR_RES_OK, ZLR_RES_ERR_ARGUMENT (unknown key), ZLR_RES_ERR_NAN, ZLR_RES_ERR_BOUNDS. */
+int32_t bounds_to_key(double lower, double upper);
+[[nodiscard]] int32_t bounds_from_key(int32_t key, double lower, double upper, double infinite, double *out_lower,
+                                      double *out_upper);
+
+/* Objective value and row activities at x. `activity` has num_con entries and may be null. */
+double model_objective(const model *m, const double *x);
+void model_activity(const model *m, const double *x, double *activity);

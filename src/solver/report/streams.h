@@ -1,0 +1,39 @@
+/* streams.h - text on its way out of the library.
+ *
+ * A set has four streams: log, message, error, warning. Text written to one of the last three goes to the log as well,
+ * so that the log is their union. A stream may have a function and a file at once. The set owns its files. */
+#pragma once
+
+#include "zelor.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <string>
+
+struct stream_out {
+    ZLR_streamfunc func = nullptr;
+    void *handle = nullptr;
+    std::FILE *file = nullptr;
+};
+
+struct stream_set {
+    stream_out out[ZLR_STREAM_COUNT];
+};
+
+/* True when text written to `stream` would reach anybody: spares composing what nobody reads. */
+bool streams_linked(const stream_set *set, int32_t stream);
+
+/* Writes text to a stream (and to the log). Unknown streams are ignored. */
+void streams_write(stream_set *set, int32_t stream, const char *text);
+void streams_printf(stream_set *set, int32_t stream, const char *format, ...) ZLR_PRINTF(3, 4);
+void streams_vprintf(stream_set *set, int32_t stream, const char *format, va_list args);
+
+/* Formats as printf does, into a string. */
+std::string text_format(const char *format, ...) ZLR_PRINTF(1, 2);
+std::string text_vformat(const char *format, va_list args);
+
+/* Links a file to a stream; a null name ends it. Returns ZLR_RES_OK or ZLR_RES_ERR_FILE_OPEN, with the earlier file kept. */
+[[nodiscard]] int32_t streams_link_file(stream_set *set, int32_t stream, const char *filename, bool append);
+
+/* Closes the files and clears the set. Returns ZLR_RES_ERR_FILE_WRITE if a file could not be completed. */
+int32_t streams_close(stream_set *set);

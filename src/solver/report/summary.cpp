@@ -1,0 +1,243 @@
+/* summary.cpp - see summary.h. */
+#include "solver/report/summary.h"
+
+#include "solver/codes/codes.h"
+#include "solver/io/io.h"
+#include "solver/report/words.h"
+
+#include <algorithm>
+#include <cinttypes>
+#include <cmath>
+
+/* ---- what was read ------------------------------------------------------------------------------------------------ */
+
+/* Smallest and largest size of the finite values that are not 0. */
+struct value_range {
+    double least = model_inf;
+    double most = 0.0;
+};
+
+static void range_add(value_range *range, double value)
+{
+    const double size = std::fabs(value);
+    if (size == 0.0 || std::isinf(size)) return;
+    range->least = std::min(range->least, size);
+    range->most = std::max(range->most, size);
+}
+
+static value_range range_of(const std::vector<double> &values)
+{
+    value_range range;
+    for (double v : values) range_add(&range, v);
+    return range;
+}
+
+static value_range range_of_sides(const std::vector<double> &lower, const std::vector<double> &upper)
+{
+    value_range range = range_of(lower);
+    for (double v : upper) range_add(&range, v);
+    return range;
+}
+
+static std::string range_text(const value_range &range)
+{
+    if (range.most == 0.0) return "none";
+    return text_format("[%.0e, %.0e]", range.least, range.most);
+}
+
+/* How many of the rows or columns have which bound key, by key. */
+struct key_counts {
+    int32_t num[5] = {0, 0, 0, 0, 0};
+};
+
+static key_counts count_keys(const std::vector<double> &lower, const std::vector<double> &upper)
+{
+    key_counts counts;
+    for (size_t k = 0; k < lower.size(); ++k) ++counts.num[bounds_to_key(lower[k], upper[k])];
+    return counts;
+}
+
+/* "8 equalities, 19 inequalities": the parts that are not 0. */
+static std::string list_counts(std::initializer_list<std::pair<int64_t, const char *>> parts)
+{
+    std::string text;
+    for (const auto &[num, what] : parts) {
+        if (num == 0) continue;
+        if (!text.empty()) text += ", ";
+        text += text_format("%" PRId64 " %s", num, what);
+    }
+    return text;
+}
+
+static void print_sizes(const model *m, stream_set *out, int32_t stream)
+{
+    const key_counts rows = count_keys(m->con_lower, m->con_upper);
+    const key_counts cols = count_keys(m->var_lower, m->var_upper);
+
+    int32_t num_binary = 0;
+    for (size_t j = 0; j < m->var_type.size(); ++j)
+        if (m->var_type[j] == ZLR_VAR_INT && m->var_lower[j] == 0.0 && m->var_upper[j] == 1.0) ++num_binary;
+
+    const double cells = static_cast<double>(m->num_con) * static_cast<double>(m->num_var);
+    const auto num_nz = model_num_nz(m);
+    const double density = cells > 0.0 ? 100.0 * static_cast<double>(num_nz) / cells : 0.0;
+    int64_t num_q = static_cast<int64_t>(m->qobj.size());
+    for (const quad_row &row : m->qcon) num_q += static_cast<int64_t>(row.terms.size());
+
+    streams_printf(out, stream, "  Rows       %-10d %s\n", m->num_con,
+                   list_counts({{rows.num[ZLR_BK_FX], "equal"},
+                                {rows.num[ZLR_BK_LO] + rows.num[ZLR_BK_UP], "one-sided"},
+                                {rows.num[ZLR_BK_RA], "ranged"},
+                                {rows.num[ZLR_BK_FR], "free"},
+                                {static_cast<int64_t>(m->qcon.size()), "quadratic"}})
+                       .c_str());
+    streams_printf(out, stream, "  Columns    %-10d %s\n", m->num_var,
+                   list_counts({{model_num_int(m) - num_binary, "integer"},
+                                {num_binary, "binary"},
+                                {m->num_var - model_num_int(m), "continuous"},
+                                {cols.num[ZLR_BK_FR], "free"},
+                                {cols.num[ZLR_BK_FX], "fixed"}})
+                       .c_str());
+    streams_printf(out, stream, "  Nonzeros   %-10" PRId64 " density %.2g %%", num_nz, density);
+    if (num_q > 0) streams_printf(out, stream, ", %" PRId64 " quadratic terms", num_q);
+    streams_write(out, stream, "\n");
+}
+
+void summary_read(const ZLR_task *task, stream_set *out, int32_t stream)
+{
+    const model *m = task->problem.get();
+    if (!streams_linked(out, stream)) return;
+
+    const char *format = task->data_format >= 0 ? format_table[task->data_format].name : nullptr;
+    streams_printf(out, stream, "\nProblem '%s', %s, %s", m->name.c_str(), words_problem_type(model_problem_type(m)),
+                   m->sense == ZLR_SENSE_MAX ? "maximise" : "minimise");
+    if (format != nullptr) streams_printf(out, stream, ", read as %s in %.2f s", format, task->read_time_s);
+    streams_write(out, stream, "\n");
+    print_sizes(m, out, stream);
+    streams_printf(out, stream, "  Ranges     matrix %s  cost %s\n", range_text(range_of(m->a.value)).c_str(),
+                   range_text(range_of(m->c)).c_str());
+    streams_printf(out, stream, "             bounds %s  right-hand sides %s\n\n",
+                   range_text(range_of_sides(m->var_lower, m->var_upper)).c_str(),
+                   range_text(range_of_sides(m->con_lower, m->con_upper)).c_str());
+}
+
+/* ---- what was found ----------------------------------------------------------------------------------------------- */
+
+/* "rows 1.2e-09 (cap)": nothing where the check did not look. */
+static std::string violation_text(const char *what, double size, const name_table *names, int32_t worst, char prefix)
+{
+    if (std::isnan(size)) return "";
+    std::string text = text_format("  %s %.1e", what, size);
+    if (size > 0.0 && worst >= 0) text += " (" + names_shown(names, worst, prefix) + ")";
+    return text;
+}
+
+static void print_check(const model *m, const solution_check *check, stream_set *out, int32_t stream)
+{
+    const std::string parts[] = {
+        violation_text("rows", check->row, &m->con_names, check->worst_row, 'c'),
+        violation_text("bounds", check->bound, &m->var_names, check->worst_bound, 'x'),
+        violation_text("integrality", check->integrality, &m->var_names, check->worst_int, 'x'),
+        violation_text("duals", check->dual, &m->var_names, check->worst_dual, 'x'),
+        violation_text("compl.", check->complementarity, nullptr, -1, ' '),
+    };
+    std::string line = "  Violations ";
+    bool any = false;
+    for (const std::string &part : parts) {
+        if (part.empty()) continue;
+        if (any && line.size() + part.size() > 80) {
+            streams_printf(out, stream, "%s\n", line.c_str());
+            line = "           ";
+        }
+        line += any ? part : part.substr(2);
+        any = true;
+    }
+    if (any) streams_printf(out, stream, "%s\n", line.c_str());
+}
+
+/* What a certificate means, in place of objectives; null for a status that has a point to show. */
+static const char *certificate_text(int32_t kind, int32_t solsta)
+{
+    switch (solsta) {
+    case ZLR_SOLSTA_PRIM_INFEAS_CER:
+    case ZLR_SOLSTA_NEAR_PRIM_INFEAS_CER:
+        return kind == ZLR_SOL_ITG ? "No integer point satisfies all rows and bounds."
+                                   : "No point satisfies all rows and bounds: the row duals prove it.";
+    case ZLR_SOLSTA_DUAL_INFEAS_CER:
+    case ZLR_SOLSTA_NEAR_DUAL_INFEAS_CER: return "The objective improves without end along the column values.";
+    default: return nullptr;
+    }
+}
+
+static void print_objectives(const ZLR_task *task, int32_t kind, const solution *sol, stream_set *out, int32_t stream)
+{
+    if (const char *meaning = certificate_text(kind, sol->solsta); meaning != nullptr) {
+        streams_printf(out, stream, "  %s\n", meaning);
+        return;
+    }
+    streams_printf(out, stream, "  Objective  %.10e", sol->primal_obj);
+    if (kind == ZLR_SOL_ITG) {
+        if (!std::isnan(task->run.best_bound)) streams_printf(out, stream, "  bound %.10e", task->run.best_bound);
+        if (!std::isnan(task->run.relative_gap))
+            streams_printf(out, stream, "  gap %.4g %%", 100.0 * task->run.relative_gap);
+    } else if (!std::isnan(sol->check.dual)) {
+        streams_printf(out, stream, "  dual %.10e", sol->dual_obj);
+    }
+    streams_write(out, stream, "\n");
+}
+
+void summary_solution(const ZLR_task *task, stream_set *out, int32_t stream)
+{
+    if (!streams_linked(out, stream)) return;
+
+    bool any = false;
+    for (int32_t kind = ZLR_SOL_ITR; kind <= ZLR_SOL_ITG; ++kind) {
+        const solution *sol = &task->sol[kind];
+        if (!sol->defined) continue;
+        any = true;
+        std::string title = words_solution_kind(kind);
+        title[0] = static_cast<char>(title[0] - 'a' + 'A');
+        streams_printf(out, stream, "\n%s solution: %s (problem %s)\n", title.c_str(),
+                       words_solution_status(sol->solsta), words_problem_status(sol->prosta));
+        print_objectives(task, kind, sol, out, stream);
+        print_check(task->problem.get(), &sol->check, out, stream);
+    }
+    if (!any) streams_write(out, stream, "\nNo solution.\n");
+}
+
+/* ---- how ---------------------------------------------------------------------------------------------------------- */
+
+/* What to say when nothing was counted. */
+static const char *idle_text(const run_record *run)
+{
+    if (run->engine.empty()) return "none";
+    return run->return_code == ZLR_RES_OK ? "none: solved by presolve" : "none that was counted";
+}
+
+void summary_optimizer(const ZLR_task *task, stream_set *out, int32_t stream)
+{
+    const run_record *run = &task->run;
+    if (!streams_linked(out, stream)) return;
+    if (!run->ran) {
+        streams_write(out, stream, "Optimizer: has not run.\n");
+        return;
+    }
+
+    streams_printf(out, stream, "Optimizer: %s", run->engine.empty() ? "no engine answered" : run->engine.c_str());
+    if (!run->method.empty()) streams_printf(out, stream, ", %s", run->method.c_str());
+    streams_printf(out, stream, ", %d %s\n", run->threads, run->threads == 1 ? "thread" : "threads");
+    if (!run->remark.empty()) streams_printf(out, stream, "  Remark     %s\n", run->remark.c_str());
+
+    const std::string work = list_counts({{run->simplex_iterations, "simplex iterations"},
+                                          {run->ipm_iterations, "interior-point iterations"},
+                                          {run->crossover_iterations, "crossover steps"},
+                                          {run->pdlp_iterations, "first-order iterations"},
+                                          {run->nodes, "nodes"}});
+    streams_printf(out, stream, "  Work       %s\n", work.empty() ? idle_text(run) : work.c_str());
+    streams_printf(out, stream, "  Time       %.2f s (start %.2f, solve %.2f, check %.2f)\n", run->time_total_s,
+                   run->time_start_s, run->time_solve_s, run->time_check_s);
+    if (run->return_code != ZLR_RES_OK) {
+        const code_row *row = code_find(run->return_code);
+        streams_printf(out, stream, "  Ended by   %s\n", row != nullptr ? row->text : "an unknown code");
+    }
+}

@@ -1,0 +1,100 @@
+/* recorder.h - inside the recorder, a stand-in for the solver library with its file name and its entries.
+ *
+ * It solves nothing. Every call goes, with its arguments, as one line into the file named by the environment variable
+ * ZELOR_RECORD, in order. What the calls answer comes from the script named by ZELOR_SCRIPT, a line each:
+ *
+ *   code ENTRY N CODE    the N-th call of ENTRY returns CODE; N 0: every call
+ *   fail N CODE          the N-th call of all entries that return a code returns CODE
+ *   raise ENTRY N SIG    signal SIG is raised at the beginning of the N-th call of ENTRY
+ *   nomem N              the N-th allocation for the program fails
+ *   nocopy N, nocalloc N the N-th strdup or calloc of the program itself fails (not under a sanitizer)
+ *   str NUMBER TEXT, int NUMBER VALUE                       parameters
+ *   defined KIND, status KIND VALUE, rows N, columns N      what the task holds
+ *   class N              response class of every code; without it by the range of the code
+ *   poll N, raisepoll N SIG, pause MS, stubborn             the optimiser: N polls of the callback, MS apart, with a
+ *                        signal before the N-th; it stops at the first answer that is not 0 unless stubborn
+ *
+ * In the record, handles are env1, task1, task2, memory handed out is mem1 and so on, other memory is "foreign". Misuse
+ * adds a line that begins with "!!": a block freed twice, by the wrong owner or never, written beyond its end, a handle
+ * used after its end or left over. Memory is never given back, so that misuse is found and does no harm. */
+#pragma once
+
+#include "zelor.h"
+
+#include <cstdint>
+#include <string>
+
+struct linked_stream {
+    ZLR_streamfunc func = nullptr;
+    void *handle = nullptr;
+};
+
+struct ZLR_env {
+    int32_t number = 0;
+    bool live = true;
+    linked_stream streams[ZLR_STREAM_COUNT];
+};
+
+struct ZLR_task {
+    int32_t number = 0;
+    bool live = true;
+    ZLR_env *env = nullptr;
+    linked_stream streams[ZLR_STREAM_COUNT];
+    ZLR_callbackfunc callback = nullptr;
+    void *callback_handle = nullptr;
+};
+
+/* ---- Recording ---- */
+
+/* A line of its own, and one about misuse. */
+void record_line(const std::string &text);
+void record_misuse(const std::string &text);
+
+/* An argument as it shows in the record. */
+std::string shown(ZLR_env *env);
+std::string shown(ZLR_task *task);
+std::string shown(const char *text);
+std::string shown(int32_t value);
+std::string shown(int64_t value);
+std::string shown(uint64_t value);
+std::string shown(double value);
+std::string shown(const void *block); /* memory handed out, or null, or foreign */
+std::string shown_codes(const int32_t *codes);
+
+/* Records a call that returns nothing. */
+void record_call(const char *entry, const std::string &args);
+
+/* Records a call and gives the code that the script has for it. */
+int32_t record_result(const char *entry, const std::string &args);
+
+template <typename... types> std::string shown_list(types... args)
+{
+    std::string text;
+    ((text += (text.empty() ? "" : ", ") + shown(args)), ...);
+    return text;
+}
+
+template <typename... types> int32_t answer(const char *entry, types... args)
+{
+    return record_result(entry, shown_list(args...));
+}
+
+/* ---- Script ---- */
+
+/* The number that the script gives to a word and a key, as in "status 1 5", or `otherwise`. */
+int64_t script_number(const std::string &word, int64_t key, int64_t otherwise);
+
+/* String parameters, and what the program puts there. */
+std::string script_text(int32_t number);
+void script_put_text(int32_t number, const char *text);
+
+/* ---- Handles and memory ---- */
+
+ZLR_env *handle_make_env();
+ZLR_task *handle_make_task(ZLR_env *env);
+void handle_end(ZLR_env *env);
+void handle_end(ZLR_task *task); /* tells what was not given back */
+
+/* Zeroed memory of an owner (a handle), or null where the script says so. */
+void *memory_make(const void *owner, uint64_t size, bool may_fail);
+void memory_free(const char *entry, const void *owner, void *block);
