@@ -1,8 +1,8 @@
-/* mps_fuzz.cpp - target of a coverage-guided fuzzer for the MPS reader; the seeds run as tests in tests/unit/io. */
-#include "fuzz/mps_fuzz.h"
+/* mps_fuzz.cpp - fuzz target of the MPS reader. */
+#include "fuzz/reader_fuzz.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    (void)fuzz_mps(reinterpret_cast<const char *>(data), size);
+    (void)fuzz_reader(mps_read, mps_write, data, size);
     return 0;
 }

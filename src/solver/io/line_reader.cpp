@@ -43,6 +43,7 @@ int32_t line_give(line_reader *lines, size_t end, size_t skip, std::string_view 
                         "found a zero byte where text was expected; the file is binary");
     if (size > 0 && text[size - 1] == '\r') --size;
     lines->next = end + skip;
+    lines->last_is_whole = skip > 0;
     *line = {text, size};
     if (lines->number == 1 && size >= sizeof order_mark && std::memcmp(text, order_mark, sizeof order_mark) == 0)
         line->remove_prefix(sizeof order_mark);

@@ -14,6 +14,7 @@ struct line_reader {
     byte_source *in = nullptr;
     int64_t number = 0; /* of the line that was given last, from 1 on; at the end the number of lines */
     bool at_end = false;
+    bool last_is_whole = true; /* the line that was given last ended in a line end, not with the file */
 
     std::vector<char> buffer;
     size_t next = 0, end = 0; /* what of the buffer is not given out yet */

@@ -189,9 +189,19 @@ int32_t next_batch(mps_reader *r, line_batch *batch)
     return ZLR_RES_OK;
 }
 
-int32_t truncated(mps_reader *r)
+/* The end of a file without ENDATA. There are files that lack it: where all of the matrix has been read and the last line
+ * is whole, the problem is taken, and the user is told what may be missing. Anything else is a file that was cut. */
+int32_t end_without_endata(mps_reader *r)
 {
     const int64_t line = r->lines.number;
+    const bool is_behind_columns =
+        r->section == mps_section::rhs || r->section == mps_section::ranges || r->section == mps_section::bounds;
+    if (is_behind_columns && r->lines.last_is_whole) {
+        io_warning(r->io, line,
+                   "found the end of the file where ENDATA was expected: right-hand sides, ranges or bounds "
+                   "may be missing");
+        return mps_end_section(r);
+    }
     if (line == 0) return io_error(r->io, ZLR_RES_ERR_FILE_FORMAT, 0, "the file is empty");
     if (r->section == mps_section::none)
         return io_error(r->io, ZLR_RES_ERR_FILE_FORMAT, line, "found the end of the file where a section was expected");
@@ -225,7 +235,7 @@ int32_t read_lines(mps_reader *r)
     for (;;) {
         int32_t res = next_batch(r, &batch);
         if (res != ZLR_RES_OK) return res;
-        if (r->lines.at_end) return truncated(r);
+        if (r->lines.at_end) return end_without_endata(r);
         for (int32_t k = 0; k < batch.num; ++k) {
             if ((res = take_line(r, batch.line[k], &batch.fields[k])) != ZLR_RES_OK) return res;
             if (r->section == mps_section::endata) return read_rest(r, &batch, k + 1);

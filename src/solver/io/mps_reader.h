@@ -158,9 +158,10 @@ int32_t mps_find_column(mps_reader *r, std::string_view name);
 
 /* A line that begins a section. Tells its own errors. */
 [[nodiscard]] int32_t mps_take_header(mps_reader *r, std::string_view line);
+[[nodiscard]] int32_t mps_end_section(mps_reader *r); /* what is left to be done when the one at hand has ended */
 const char *mps_section_word(mps_section section);
 
-/* One line of each section; what is to be done when a section or the whole file has ended. */
+/* One line of each section; what is to be done when it or the whole file has ended. */
 [[nodiscard]] int32_t mps_line_rows(mps_reader *r, const mps_fields *fields);
 [[nodiscard]] int32_t mps_line_single_word(mps_reader *r, const mps_fields *fields); /* OBJSENSE, OBJNAME */
 [[nodiscard]] int32_t mps_line_columns(mps_reader *r, const mps_fields *fields);

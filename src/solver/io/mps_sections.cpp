@@ -162,8 +162,10 @@ int32_t section_check(mps_reader *r, const section_row *row, const mps_fields *w
     return ZLR_RES_OK;
 }
 
-/* What a section leaves to be done when the next one begins. Tells its own errors: they are not of the line at hand. */
-int32_t section_end(mps_reader *r)
+}  // namespace
+
+/* Tells its own errors: they are not of the line at hand. */
+int32_t mps_end_section(mps_reader *r)
 {
     switch (r->section) {
     case mps_section::rows: return end_rows(r);
@@ -180,6 +182,8 @@ int32_t section_end(mps_reader *r)
     }
 }
 
+namespace
+{
 /* The name of the problem is what stands behind NAME, blanks inside included. A last word FREE tells the format. */
 void take_name(mps_reader *r, std::string_view line, const mps_fields *words)
 {
@@ -247,7 +251,7 @@ int32_t mps_take_header(mps_reader *r, std::string_view line)
         res = is_sense ? line_objsense(r, words.text[0]) : unknown_section(r, words.text[0]);
         return res == ZLR_RES_OK ? res : mps_tell(r, res, r->lines.number);
     }
-    if ((res = section_end(r)) != ZLR_RES_OK) return res;
+    if ((res = mps_end_section(r)) != ZLR_RES_OK) return res;
     if ((res = section_check(r, row, &words)) == ZLR_RES_OK) res = section_begin(r, row->section, line, &words);
     return res == ZLR_RES_OK ? res : mps_tell(r, res, r->lines.number);
 }

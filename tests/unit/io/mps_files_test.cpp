@@ -65,7 +65,6 @@ const exception_row exceptions[] = {
     {"reader/toymps_sc.mps", unsupported, -1, -1, "semi-continuous"},
     {"reader/spec_sections.mps", unsupported, -1, -1, "ordered sets"},
     {"reader/warnings.mps", wrong, -1, -1, "unknown rows and columns are errors here, and it has semi-integer bounds"},
-    {"reader/good-mps-rhs-cost.mps", wrong, -1, -1, "without ENDATA a file counts as cut off"},
     {"reader/comment.mps", good, -1, 6, "the list leaves out what stands behind the comments"},
     {"reader/good-mps-free-ranges.mps", good, -1, 12, "two entries stand twice"},
     {"ranging/plan.mps", good, 7, -1, "the list counts a blank column name as a column"},

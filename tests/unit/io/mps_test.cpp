@@ -103,6 +103,9 @@ const good_case good_cases[] = {
     {"quadratic rows, in any order",
      "ROWS\n N o\n L a\n G b\nCOLUMNS\n x o 1\n y o 1\nQCMATRIX b\n x y 3\n y x 3\nQSECTION a\n y y 2\nENDATA\n",
      "min 0 | a [-inf,0] | b [0,inf] | x [0,inf] 1 | y [0,inf] 1 | q0:1,1:2 | q1:1,0:6", nullptr},
+    {"no ENDATA behind whole right-hand sides", HEAD "RHS\n R a 5\n",
+     "min 0 | a [-inf,5] | b [0,inf] | c [0,0] | x " BODY,
+     "t.mps(11): warning: found the end of the file where ENDATA was expected"},
     {"text behind the end", HEAD "ENDATA\nmore\n", ROWS "x " BODY, "t.mps(11): warning: what stands behind ENDATA"},
     {"fixed format, blanks in names",
      "NAME          fixed\nROWS\n N  COST\n L  MY ROW\n E  B 1\nCOLUMNS\n"
@@ -146,7 +149,7 @@ constexpr int32_t unsupported = ZLR_RES_ERR_FILE_UNSUPPORTED;
 const bad_case bad_cases[] = {
     {"empty", "", wrong, "t.mps: the file is empty"},
     {"comments only", "* a\n* b\n", wrong, "t.mps(2): found the end of the file where a section"},
-    {"cut", HEAD "RHS\n R a 1\n", wrong, "t.mps(11): found the end of the file in the section RHS where ENDATA"},
+    {"cut", HEAD "RHS\n R a 1", wrong, "t.mps(11): found the end of the file in the section RHS where ENDATA"},
     {"binary", "NAME t\nROWS\n N \0obj\n", wrong, "t.mps(3): found a zero byte"},
     {"data before a section", " N obj\n", wrong, "t.mps(1): found 'obj' where the name of a section"},
     {"unknown section", HEAD "EXTRA\n", wrong, "t.mps(10): found 'EXTRA' where the name of a section"},

@@ -1,5 +1,5 @@
-/* mps_fuzz.h - what a run of the fuzzer on the MPS reader is: any bytes give a code, and a model that was read without
- * an error keeps to what model.h promises. */
+/* reader_fuzz.h - what a run of the fuzzer on a reader is: any bytes give a code, and a model that was read without an
+ * error keeps to what model.h promises and can be written again. */
 #pragma once
 
 #include "solver/io/io.h"
@@ -46,8 +46,8 @@ inline void fuzz_check_model(const model *m)
     }
 }
 
-/* Reads bytes as MPS. Returns the code. */
-inline int32_t fuzz_mps(const char *data, size_t size)
+/* Reads bytes in a format and, if that goes well, writes the model in the same. Returns the reader's code. */
+inline int32_t fuzz_reader(format_read_func read, format_write_func write, const void *data, size_t size)
 {
     static const param_set params = [] {
         param_set set;
@@ -55,12 +55,18 @@ inline int32_t fuzz_mps(const char *data, size_t size)
         return set;
     }();
     stream_set streams;
-    const io_context io = {"fuzz.mps", &params, &streams};
+    const io_context io = {"fuzz", &params, &streams};
     model m;
     byte_source *in = nullptr;
-    int32_t res = source_open_memory(&in, data, size);
-    if (res == ZLR_RES_OK) res = mps_read(&io, in, &m);
+    int32_t res = source_open_memory(&in, static_cast<const char *>(data), size);
+    if (res == ZLR_RES_OK) res = read(&io, in, &m);
     source_close(&in);
-    if (res == ZLR_RES_OK) fuzz_check_model(&m);
-    return res;
+    if (res != ZLR_RES_OK) return res;
+
+    fuzz_check_model(&m);
+    byte_sink *out = nullptr;
+    fuzz_require(sink_open(&out, "/dev/null") == ZLR_RES_OK);
+    fuzz_require(write(&io, out, &m) == ZLR_RES_OK);
+    fuzz_require(sink_close(&out, true) == ZLR_RES_OK);
+    return ZLR_RES_OK;
 }
