@@ -424,7 +424,9 @@ ZLR_API int32_t ZLR_writesolution(ZLR_task *task, int32_t kind, const char *file
 /* Optimises. An infeasible or unbounded task is an answer: the result is ZLR_RES_OK, and the solution has a certificate
  * status. A stop or a limit gives its code from 10000 up, and the best point found, a given start included, is kept
  * as the solution, with the status that its check on the task's data earns. Returns ZLR_RES_ERR_NO_ENGINE,
- * ZLR_RES_ERR_ENGINE, ZLR_RES_ERR_SPACE, ZLR_RES_ERR_BOUNDS never: a task with crossed bounds is infeasible. */
+ * ZLR_RES_ERR_ENGINE, ZLR_RES_ERR_SPACE, ZLR_RES_ERR_BOUNDS never: a task with crossed bounds is infeasible.
+ * An engine that does not come back in time after a stop, or that lost a race, is left to end by itself on its thread. If
+ * the process ends before it, exit handlers that were registered before the first call of this entry are not run (POSIX). */
 ZLR_API int32_t ZLR_optimize(ZLR_task *task);
 
 /* Whether a solution of that kind exists (1) or not (0). */

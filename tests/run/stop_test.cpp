@@ -17,6 +17,8 @@ struct stop_case {
     int number;
 };
 
+static void PrintTo(const stop_case &c, std::ostream *out) { *out << c.file << " after " << c.after_s << " s"; }
+
 class stops : public ::testing::TestWithParam<stop_case>
 {
 };

@@ -12,7 +12,6 @@
 #include "zelor.h"
 
 #include <atomic>
-#include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -101,8 +100,7 @@ struct engine_job {
     std::atomic<bool> stop{false}; /* the runner raises it; the engine ends at its next poll */
     std::atomic<bool> left{false}; /* the runner has gone: hand over nothing any more */
 
-    std::mutex mutex;             /* guards all below */
-    std::condition_variable wake; /* notified when an incumbent comes and when the job is done */
+    std::mutex mutex; /* guards all below */
     engine_progress progress;
     std::vector<double> incumbent; /* newest feasible x of branch and cut; empty when taken */
     double incumbent_obj = 0.0;
@@ -110,7 +108,6 @@ struct engine_job {
     bool has_interior = false;
     double start_s = 0.0; /* time that the adapter took to load the problem into the engine */
     engine_answer answer;
-    bool done = false;
 };
 
 struct engine_adapter {
@@ -122,6 +119,6 @@ struct engine_adapter {
     /* Whether the engine takes the problem by this method. */
     bool (*accepts)(const model *problem, engine_method method);
 
-    /* Solves and fills job->answer (under the mutex, with `done`). Runs on a thread of its own; throws nothing. */
+    /* Solves and fills job->answer (under the mutex). Runs on a thread of its own; throws nothing. */
     void (*solve)(const std::shared_ptr<engine_job> &job);
 };

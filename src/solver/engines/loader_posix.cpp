@@ -1,4 +1,5 @@
 /* loader_posix.cpp - see loader.h. */
+#include "solver/engines/exit_guard.h"
 #include "solver/engines/loader.h"
 
 #include <cstring>
@@ -37,6 +38,7 @@ static const engine_adapter *open_module(const char *name, std::string *message)
         *message = why != nullptr ? why : path + " cannot be loaded";
         return nullptr;
     }
+    exit_guard_arm();
     const auto *adapter = static_cast<const engine_adapter *>(dlsym(handle, "zelor_engine"));
     if (adapter != nullptr && adapter->abi == engine_abi) return adapter;
     *message = path + " belongs to another version of the library";

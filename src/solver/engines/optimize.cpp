@@ -122,7 +122,6 @@ static void run_round(optimization *o, const std::vector<plan_step> &round)
         if (event == RUN_STOP) halt_round(o, &r);
         if (event == RUN_STOP || event == RUN_END) break;
     }
-    runner_leave(&r);
 }
 
 static bool is_over(const optimization *o)

@@ -1,5 +1,6 @@
 /* runner.cpp - see runner.h. */
 #include "solver/engines/runner.h"
+#include "solver/engines/exit_guard.h"
 #include "solver/report/clock.h"
 
 #include <algorithm>
@@ -7,7 +8,6 @@
 #include <cmath>
 #include <new>
 #include <system_error>
-#include <thread>
 
 /* What the engines' threads use to wake the calling thread. Shared, for a thread may outlive the runner. The
  * thread of an entry fills the place of the same number: `engine` when the module is loaded, `done` and `missing` last. */
@@ -56,7 +56,6 @@ static void refuse(engine_job *job, engine_status status, const std::string &mes
     const std::lock_guard<std::mutex> lock(job->mutex);
     job->answer.status = status;
     job->answer.message = message;
-    job->done = true;
 }
 
 /* Body of an engine's thread. `job` and `signal` are its own shares; `source` points to a constant. */
@@ -64,6 +63,7 @@ static void engine_thread(const std::shared_ptr<engine_job> &job, const std::sha
                           size_t number, const engine_source *source)
 {
     bool is_missing = false;
+    exit_guard_in_thread();
     try {
         std::string message;
         const engine_adapter *adapter = source->load(source->name, &message);
@@ -119,10 +119,12 @@ bool runner_start(runner *r, run_watch *watch, const std::vector<run_order> &ord
     for (size_t k = 0; k < orders.size(); k++) {
         r->entries[k].step = orders[k].step;
         r->entries[k].job = make_job(&orders[k], watch);
+        exit_guard_add(1);
         try {
-            std::thread(engine_thread, r->entries[k].job, r->signal, k, orders[k].step.source).detach();
+            r->entries[k].thread = std::thread(engine_thread, r->entries[k].job, r->signal, k, orders[k].step.source);
             any = true;
         } catch (const std::system_error &) { /* no more threads: the race goes on with those that run */
+            exit_guard_add(-1);
             r->entries[k].is_reported = true;
         }
     }
@@ -135,6 +137,7 @@ static void collect(runner *r, size_t which)
     run_entry *e = &r->entries[which];
     engine_job *job = e->job.get();
 
+    e->thread.join(); /* it has said its last word */
     {
         const std::lock_guard<std::mutex> lock(r->signal->mutex);
         e->engine = r->signal->engine[which];
@@ -281,5 +284,8 @@ void runner_leave(runner *r)
         e.job->stop = true;
         e.job->left = true;
         e.is_reported = true;
+        e.thread.detach();
     }
 }
+
+runner::~runner() { runner_leave(this); }

@@ -140,12 +140,8 @@ static void solve(const std::shared_ptr<engine_job> &job)
         session.job = job;
         solve_session(&session, &answer);
     });
-    {
-        const std::lock_guard<std::mutex> lock(job->mutex);
-        job->answer = std::move(answer);
-        job->done = true;
-    }
-    job->wake.notify_all();
+    const std::lock_guard<std::mutex> lock(job->mutex);
+    job->answer = std::move(answer);
 }
 
 extern "C" {

@@ -116,14 +116,11 @@ static void on_incumbent(highs_session *s, const HighsCallbackDataOut *out)
 {
     if (out->mip_solution == nullptr || s->job->left.load()) return;
     const auto size = static_cast<size_t>(s->job->problem->num_var);
-    {
-        const std::lock_guard<std::mutex> lock(s->job->mutex);
-        s->job->incumbent.assign(out->mip_solution, out->mip_solution + size);
-        s->job->incumbent_obj = out->objective_function_value;
-        s->job->progress.primal_obj = out->objective_function_value;
-        s->job->progress.has_primal = true;
-    }
-    s->job->wake.notify_all();
+    const std::lock_guard<std::mutex> lock(s->job->mutex);
+    s->job->incumbent.assign(out->mip_solution, out->mip_solution + size);
+    s->job->incumbent_obj = out->objective_function_value;
+    s->job->progress.primal_obj = out->objective_function_value;
+    s->job->progress.has_primal = true;
 }
 
 /* HiGHS calls this; what is thrown here would pass through its code, so nothing may be. */
