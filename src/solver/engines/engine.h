@@ -108,6 +108,10 @@ struct engine_job {
     bool has_interior = false;
     double start_s = 0.0; /* time that the adapter took to load the problem into the engine */
     engine_answer answer;
+
+    /* What the engine still holds when it has given its answer. Only its own thread touches this, and frees it while the
+     * answer is looked at. */
+    std::shared_ptr<void> rest;
 };
 
 struct engine_adapter {

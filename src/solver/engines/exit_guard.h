@@ -4,7 +4,7 @@
  * library are destroyed on the way out of exit(), under its hands. So where engines run at that moment, the process is
  * ended in front of that: streams of the C library are flushed, and what handlers have been registered before the first
  * engine was loaded are not run. With every engine back, and on systems that end all other threads first, nothing of
- * this happens. */
+ * this happens. A thread whose engine has given its answer and that only tidies up is waited for: that is short. */
 #pragma once
 
 #include <cstdint>
@@ -12,8 +12,10 @@
 /* Counts threads that are about to run engines; negative: that could not be started after all. */
 void exit_guard_add(int32_t num_threads);
 
-/* The first thing in such a thread: it stops to count when all of it is gone, its thread-local data included. */
-void exit_guard_in_thread();
+/* The first thing in such a thread, and the last thing that it does with an engine. It counts as tidying up from there
+ * until all of it is gone, its thread-local data included. */
+void exit_guard_enter();
+void exit_guard_leave();
 
 /* To be called each time that an engine's library has been loaded, by whoever loaded it. */
 void exit_guard_arm();

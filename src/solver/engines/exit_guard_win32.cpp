@@ -2,5 +2,6 @@
 #include "solver/engines/exit_guard.h"
 
 void exit_guard_add(int32_t) {}
-void exit_guard_in_thread() {}
+void exit_guard_enter() {}
+void exit_guard_leave() {}
 void exit_guard_arm() {}

@@ -21,3 +21,5 @@ uint64_t machine_memory_bytes()
     status.dwLength = sizeof(status);
     return GlobalMemoryStatusEx(&status) != 0 ? status.ullTotalPhys : 0;
 }
+
+void machine_warm_heap() {}

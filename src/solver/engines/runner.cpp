@@ -1,6 +1,7 @@
 /* runner.cpp - see runner.h. */
 #include "solver/engines/runner.h"
 #include "solver/engines/exit_guard.h"
+#include "solver/engines/machine.h"
 #include "solver/report/clock.h"
 
 #include <algorithm>
@@ -8,6 +9,7 @@
 #include <cmath>
 #include <new>
 #include <system_error>
+#include <thread>
 
 /* What the engines' threads use to wake the calling thread. Shared, for a thread may outlive the runner. The
  * thread of an entry fills the place of the same number: `engine` when the module is loaded, `done` and `missing` last. */
@@ -63,7 +65,8 @@ static void engine_thread(const std::shared_ptr<engine_job> &job, const std::sha
                           size_t number, const engine_source *source)
 {
     bool is_missing = false;
-    exit_guard_in_thread();
+    exit_guard_enter();
+    machine_warm_heap();
     try {
         std::string message;
         const engine_adapter *adapter = source->load(source->name, &message);
@@ -84,12 +87,14 @@ static void engine_thread(const std::shared_ptr<engine_job> &job, const std::sha
     } catch (const std::bad_alloc &) {
         job->answer.status = ENGINE_MEMORY; /* nobody else touches the job before it counts as done */
     }
+    exit_guard_leave();
     {
         const std::lock_guard<std::mutex> lock(signal->mutex);
         signal->missing[number] = is_missing;
         signal->done[number] = true;
     }
     signal->wake.notify_all();
+    job->rest.reset();
 }
 
 static std::shared_ptr<engine_job> make_job(const run_order *order, const run_watch *watch)
@@ -109,6 +114,7 @@ static std::shared_ptr<engine_job> make_job(const run_order *order, const run_wa
 bool runner_start(runner *r, run_watch *watch, const std::vector<run_order> &orders)
 {
     r->watch = watch;
+    r->begin_s = clock_now_s();
     r->signal = std::make_shared<run_signal>();
     r->signal->done.assign(orders.size(), false);
     r->signal->missing.assign(orders.size(), false);
@@ -121,7 +127,7 @@ bool runner_start(runner *r, run_watch *watch, const std::vector<run_order> &ord
         r->entries[k].job = make_job(&orders[k], watch);
         exit_guard_add(1);
         try {
-            r->entries[k].thread = std::thread(engine_thread, r->entries[k].job, r->signal, k, orders[k].step.source);
+            std::thread(engine_thread, r->entries[k].job, r->signal, k, orders[k].step.source).detach();
             any = true;
         } catch (const std::system_error &) { /* no more threads: the race goes on with those that run */
             exit_guard_add(-1);
@@ -137,7 +143,6 @@ static void collect(runner *r, size_t which)
     run_entry *e = &r->entries[which];
     engine_job *job = e->job.get();
 
-    e->thread.join(); /* it has said its last word */
     {
         const std::lock_guard<std::mutex> lock(r->signal->mutex);
         e->engine = r->signal->engine[which];
@@ -207,9 +212,21 @@ static void show(runner *r, const engine_progress *p, const char *method, bool i
     progress_show(&r->watch->table, &line, false);
 }
 
-/* Waits until an engine ends that was not reported, or for the time between two polls. */
+static bool any_news(runner *r)
+{
+    for (size_t k = 0; k < r->entries.size(); k++)
+        if (!r->entries[k].is_reported && is_done(r, k)) return true;
+    return false;
+}
+
+/* Waits until an engine ends that was not reported, or for the time between two polls. Small models take a few
+ * milliseconds, of which waking up would be a noticeable part: for so long the thread stays awake. */
 static void wait_a_while(runner *r, double wait_s)
 {
+    while (clock_now_s() - r->begin_s < runner_awake_s) {
+        if (any_news(r)) return;
+        std::this_thread::yield();
+    }
     std::unique_lock<std::mutex> lock(r->signal->mutex);
     r->signal->wake.wait_for(lock, wait_time(wait_s), [&] {
         for (size_t k = 0; k < r->entries.size(); k++)
@@ -284,7 +301,6 @@ void runner_leave(runner *r)
         e.job->stop = true;
         e.job->left = true;
         e.is_reported = true;
-        e.thread.detach();
     }
 }
 

@@ -14,12 +14,12 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
-#include <thread>
 
 /* How often the calling thread looks, and how long an engine that was told to stop is waited for. Together they stay
  * below the 0.2 s within which a stop is served. */
 inline constexpr double runner_poll_s = 0.03;
 inline constexpr double runner_grace_s = 0.15;
+inline constexpr double runner_awake_s = 0.005; /* see wait_a_while */
 
 /* One optimisation as the calling thread watches it: lives through all rounds. */
 struct run_watch {
@@ -46,7 +46,6 @@ struct run_order {
 
 struct run_entry {
     plan_step step;
-    std::thread thread; /* joined when it has come back, detached when it is left */
     std::shared_ptr<engine_job> job;
     bool is_reported = false; /* given out by runner_next or runner_halt */
     std::string engine;       /* name and version, when it has come back */
@@ -68,6 +67,7 @@ struct runner {
     ~runner(); /* leaves what still runs */
 
     run_watch *watch = nullptr;
+    double begin_s = 0.0; /* by clock_now_s */
     std::vector<run_entry> entries;
     std::shared_ptr<run_signal> signal;
 };

@@ -5,6 +5,7 @@
 #include "solver/io/bytes.h"
 
 #include "solver/io/bytes_os.h"
+#include "solver/io/raw_buffer.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -30,7 +31,7 @@ enum class source_state { fresh, plain, gzip, between_members, ended, failed };
 struct byte_source {
     int file = -1; /* -1: bytes of the caller, all of them in `next` from the start */
     source_state state = source_state::fresh;
-    std::vector<char> head; /* what was read of the file and not yet handed on or inflated */
+    raw_buffer head; /* what was read of the file and not yet handed on or inflated */
     const char *next = nullptr;
     size_t available = 0;
     bool input_ended = false;
@@ -226,11 +227,11 @@ void source_close(byte_source **source)
 
 struct byte_sink {
     os_target target;
-    std::vector<char> buffer;
+    raw_buffer buffer;
     size_t used = 0;
     bool compress = false;
     z_stream deflater = {};
-    std::vector<char> packed; /* what deflate gives */
+    raw_buffer packed; /* what deflate gives */
     int32_t error = ZLR_RES_OK;
     int error_number = 0; /* errno at the first error */
 };

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "solver/io/io.h"
+#include "solver/io/raw_buffer.h"
 
 #include <string_view>
 #include <vector>
@@ -16,7 +17,7 @@ struct line_reader {
     bool at_end = false;
     bool last_is_whole = true; /* the line that was given last ended in a line end, not with the file */
 
-    std::vector<char> buffer;
+    raw_buffer buffer;
     size_t next = 0, end = 0; /* what of the buffer is not given out yet */
     size_t nul = 0;           /* where the first zero byte of the buffer stands; `end`: there is none */
     bool input_ended = false;

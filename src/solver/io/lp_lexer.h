@@ -8,6 +8,7 @@
 #pragma once
 
 #include "solver/io/io.h"
+#include "solver/io/raw_buffer.h"
 
 #include <cstdint>
 #include <string_view>
@@ -39,7 +40,7 @@ struct lp_lexer {
     const io_context *io = nullptr;
     byte_source *in = nullptr;
 
-    std::vector<char> block;
+    raw_buffer block;
     const char *pos = nullptr; /* what comes next; *end is always 0 */
     const char *end = nullptr;
     bool at_end = false;      /* the source is used up */

@@ -75,6 +75,14 @@ std::string text_format(const char *format, ...)
     return text;
 }
 
+void text_append(std::string *text, const char *format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    *text += text_vformat(format, args);
+    va_end(args);
+}
+
 int32_t streams_link_file(stream_set *set, int32_t stream, const char *filename, bool append)
 {
     std::FILE *file = nullptr;

@@ -28,9 +28,10 @@ void streams_write(stream_set *set, int32_t stream, const char *text);
 void streams_printf(stream_set *set, int32_t stream, const char *format, ...) ZLR_PRINTF(3, 4);
 void streams_vprintf(stream_set *set, int32_t stream, const char *format, va_list args);
 
-/* Formats as printf does, into a string. */
+/* Formats as printf does, into a string or behind what stands in one. */
 std::string text_format(const char *format, ...) ZLR_PRINTF(1, 2);
 std::string text_vformat(const char *format, va_list args);
+void text_append(std::string *text, const char *format, ...) ZLR_PRINTF(2, 3);
 
 /* Links a file to a stream; a null name ends it. Returns ZLR_RES_OK or ZLR_RES_ERR_FILE_OPEN, with the earlier file kept. */
 [[nodiscard]] int32_t streams_link_file(stream_set *set, int32_t stream, const char *filename, bool append);

@@ -69,7 +69,7 @@ static std::string list_counts(std::initializer_list<std::pair<int64_t, const ch
     return text;
 }
 
-static void print_sizes(const model *m, stream_set *out, int32_t stream)
+static void add_sizes(const model *m, std::string *text)
 {
     const key_counts rows = count_keys(m->con_lower, m->con_upper);
     const key_counts cols = count_keys(m->var_lower, m->var_upper);
@@ -84,41 +84,43 @@ static void print_sizes(const model *m, stream_set *out, int32_t stream)
     int64_t num_q = static_cast<int64_t>(m->qobj.size());
     for (const quad_row &row : m->qcon) num_q += static_cast<int64_t>(row.terms.size());
 
-    streams_printf(out, stream, "  Rows       %-10d %s\n", m->num_con,
-                   list_counts({{rows.num[ZLR_BK_FX], "equal"},
-                                {rows.num[ZLR_BK_LO] + rows.num[ZLR_BK_UP], "one-sided"},
-                                {rows.num[ZLR_BK_RA], "ranged"},
-                                {rows.num[ZLR_BK_FR], "free"},
-                                {static_cast<int64_t>(m->qcon.size()), "quadratic"}})
-                       .c_str());
-    streams_printf(out, stream, "  Columns    %-10d %s\n", m->num_var,
-                   list_counts({{model_num_int(m) - num_binary, "integer"},
-                                {num_binary, "binary"},
-                                {m->num_var - model_num_int(m), "continuous"},
-                                {cols.num[ZLR_BK_FR], "free"},
-                                {cols.num[ZLR_BK_FX], "fixed"}})
-                       .c_str());
-    streams_printf(out, stream, "  Nonzeros   %-10" PRId64 " density %.2g %%", num_nz, density);
-    if (num_q > 0) streams_printf(out, stream, ", %" PRId64 " quadratic terms", num_q);
-    streams_write(out, stream, "\n");
+    text_append(text, "  Rows       %-10d %s\n", m->num_con,
+                list_counts({{rows.num[ZLR_BK_FX], "equal"},
+                             {rows.num[ZLR_BK_LO] + rows.num[ZLR_BK_UP], "one-sided"},
+                             {rows.num[ZLR_BK_RA], "ranged"},
+                             {rows.num[ZLR_BK_FR], "free"},
+                             {static_cast<int64_t>(m->qcon.size()), "quadratic"}})
+                    .c_str());
+    text_append(text, "  Columns    %-10d %s\n", m->num_var,
+                list_counts({{model_num_int(m) - num_binary, "integer"},
+                             {num_binary, "binary"},
+                             {m->num_var - model_num_int(m), "continuous"},
+                             {cols.num[ZLR_BK_FR], "free"},
+                             {cols.num[ZLR_BK_FX], "fixed"}})
+                    .c_str());
+    text_append(text, "  Nonzeros   %-10" PRId64 " density %.2g %%", num_nz, density);
+    if (num_q > 0) text_append(text, ", %" PRId64 " quadratic terms", num_q);
+    *text += "\n";
 }
 
 void summary_read(const ZLR_task *task, stream_set *out, int32_t stream)
 {
     const model *m = task->problem.get();
+    std::string text;
     if (!streams_linked(out, stream)) return;
 
     const char *format = task->data_format >= 0 ? format_table[task->data_format].name : nullptr;
-    streams_printf(out, stream, "\nProblem '%s', %s, %s", m->name.c_str(), words_problem_type(model_problem_type(m)),
-                   m->sense == ZLR_SENSE_MAX ? "maximise" : "minimise");
-    if (format != nullptr) streams_printf(out, stream, ", read as %s in %.2f s", format, task->read_time_s);
-    streams_write(out, stream, "\n");
-    print_sizes(m, out, stream);
-    streams_printf(out, stream, "  Ranges     matrix %s  cost %s\n", range_text(range_of(m->a.value)).c_str(),
-                   range_text(range_of(m->c)).c_str());
-    streams_printf(out, stream, "             bounds %s  right-hand sides %s\n\n",
-                   range_text(range_of_sides(m->var_lower, m->var_upper)).c_str(),
-                   range_text(range_of_sides(m->con_lower, m->con_upper)).c_str());
+    text_append(&text, "\nProblem '%s', %s, %s", m->name.c_str(), words_problem_type(model_problem_type(m)),
+                m->sense == ZLR_SENSE_MAX ? "maximise" : "minimise");
+    if (format != nullptr) text_append(&text, ", read as %s in %.2f s", format, task->read_time_s);
+    text += "\n";
+    add_sizes(m, &text);
+    text_append(&text, "  Ranges     matrix %s  cost %s\n", range_text(range_of(m->a.value)).c_str(),
+                range_text(range_of(m->c)).c_str());
+    text_append(&text, "             bounds %s  right-hand sides %s\n\n",
+                range_text(range_of_sides(m->var_lower, m->var_upper)).c_str(),
+                range_text(range_of_sides(m->con_lower, m->con_upper)).c_str());
+    streams_write(out, stream, text.c_str());
 }
 
 /* ---- what was found ----------------------------------------------------------------------------------------------- */
@@ -132,7 +134,7 @@ static std::string violation_text(const char *what, double size, const name_tabl
     return text;
 }
 
-static void print_check(const model *m, const solution_check *check, stream_set *out, int32_t stream)
+static void add_check(const model *m, const solution_check *check, std::string *text)
 {
     const std::string parts[] = {
         violation_text("rows", check->row, &m->con_names, check->worst_row, 'c'),
@@ -146,13 +148,13 @@ static void print_check(const model *m, const solution_check *check, stream_set 
     for (const std::string &part : parts) {
         if (part.empty()) continue;
         if (any && line.size() + part.size() > 80) {
-            streams_printf(out, stream, "%s\n", line.c_str());
+            text_append(text, "%s\n", line.c_str());
             line = "           ";
         }
         line += any ? part : part.substr(2);
         any = true;
     }
-    if (any) streams_printf(out, stream, "%s\n", line.c_str());
+    if (any) text_append(text, "%s\n", line.c_str());
 }
 
 /* What a certificate means, in place of objectives; null for a status that has a point to show. */
@@ -169,40 +171,40 @@ static const char *certificate_text(int32_t kind, int32_t solsta)
     }
 }
 
-static void print_objectives(const ZLR_task *task, int32_t kind, const solution *sol, stream_set *out, int32_t stream)
+static void add_objectives(const ZLR_task *task, int32_t kind, const solution *sol, std::string *text)
 {
     if (const char *meaning = certificate_text(kind, sol->solsta); meaning != nullptr) {
-        streams_printf(out, stream, "  %s\n", meaning);
+        text_append(text, "  %s\n", meaning);
         return;
     }
-    streams_printf(out, stream, "  Objective  %.10e", sol->primal_obj);
+    text_append(text, "  Objective  %.10e", sol->primal_obj);
     if (kind == ZLR_SOL_ITG) {
-        if (!std::isnan(task->run.best_bound)) streams_printf(out, stream, "  bound %.10e", task->run.best_bound);
-        if (!std::isnan(task->run.relative_gap))
-            streams_printf(out, stream, "  gap %.4g %%", 100.0 * task->run.relative_gap);
+        if (!std::isnan(task->run.best_bound)) text_append(text, "  bound %.10e", task->run.best_bound);
+        if (!std::isnan(task->run.relative_gap)) text_append(text, "  gap %.4g %%", 100.0 * task->run.relative_gap);
     } else if (!std::isnan(sol->check.dual)) {
-        streams_printf(out, stream, "  dual %.10e", sol->dual_obj);
+        text_append(text, "  dual %.10e", sol->dual_obj);
     }
-    streams_write(out, stream, "\n");
+    *text += "\n";
 }
 
 void summary_solution(const ZLR_task *task, stream_set *out, int32_t stream)
 {
-    if (!streams_linked(out, stream)) return;
-
+    std::string text;
     bool any = false;
+    if (!streams_linked(out, stream)) return;
     for (int32_t kind = ZLR_SOL_ITR; kind <= ZLR_SOL_ITG; ++kind) {
         const solution *sol = &task->sol[kind];
         if (!sol->defined) continue;
         any = true;
         std::string title = words_solution_kind(kind);
         title[0] = static_cast<char>(title[0] - 'a' + 'A');
-        streams_printf(out, stream, "\n%s solution: %s (problem %s)\n", title.c_str(),
-                       words_solution_status(sol->solsta), words_problem_status(sol->prosta));
-        print_objectives(task, kind, sol, out, stream);
-        print_check(task->problem.get(), &sol->check, out, stream);
+        text_append(&text, "\n%s solution: %s (problem %s)\n", title.c_str(), words_solution_status(sol->solsta),
+                    words_problem_status(sol->prosta));
+        add_objectives(task, kind, sol, &text);
+        add_check(task->problem.get(), &sol->check, &text);
     }
-    if (!any) streams_write(out, stream, "\nNo solution.\n");
+    if (!any) text += "\nNo solution.\n";
+    streams_write(out, stream, text.c_str());
 }
 
 /* ---- how ---------------------------------------------------------------------------------------------------------- */
@@ -217,27 +219,29 @@ static const char *idle_text(const run_record *run)
 void summary_optimizer(const ZLR_task *task, stream_set *out, int32_t stream)
 {
     const run_record *run = &task->run;
+    std::string text;
     if (!streams_linked(out, stream)) return;
     if (!run->ran) {
         streams_write(out, stream, "Optimizer: has not run.\n");
         return;
     }
 
-    streams_printf(out, stream, "Optimizer: %s", run->engine.empty() ? "no engine answered" : run->engine.c_str());
-    if (!run->method.empty()) streams_printf(out, stream, ", %s", run->method.c_str());
-    streams_printf(out, stream, ", %d %s\n", run->threads, run->threads == 1 ? "thread" : "threads");
-    if (!run->remark.empty()) streams_printf(out, stream, "  Remark     %s\n", run->remark.c_str());
+    text_append(&text, "Optimizer: %s", run->engine.empty() ? "no engine answered" : run->engine.c_str());
+    if (!run->method.empty()) text_append(&text, ", %s", run->method.c_str());
+    text_append(&text, ", %d %s\n", run->threads, run->threads == 1 ? "thread" : "threads");
+    if (!run->remark.empty()) text_append(&text, "  Remark     %s\n", run->remark.c_str());
 
     const std::string work = list_counts({{run->simplex_iterations, "simplex iterations"},
                                           {run->ipm_iterations, "interior-point iterations"},
                                           {run->crossover_iterations, "crossover steps"},
                                           {run->pdlp_iterations, "first-order iterations"},
                                           {run->nodes, "nodes"}});
-    streams_printf(out, stream, "  Work       %s\n", work.empty() ? idle_text(run) : work.c_str());
-    streams_printf(out, stream, "  Time       %.2f s (start %.2f, solve %.2f, check %.2f)\n", run->time_total_s,
-                   run->time_start_s, run->time_solve_s, run->time_check_s);
+    text_append(&text, "  Work       %s\n", work.empty() ? idle_text(run) : work.c_str());
+    text_append(&text, "  Time       %.2f s (start %.2f, solve %.2f, check %.2f)\n", run->time_total_s,
+                run->time_start_s, run->time_solve_s, run->time_check_s);
     if (run->return_code != ZLR_RES_OK) {
         const code_row *row = code_find(run->return_code);
-        streams_printf(out, stream, "  Ended by   %s\n", row != nullptr ? row->text : "an unknown code");
+        text_append(&text, "  Ended by   %s\n", row != nullptr ? row->text : "an unknown code");
     }
+    streams_write(out, stream, text.c_str());
 }

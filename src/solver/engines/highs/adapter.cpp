@@ -136,9 +136,10 @@ static void solve(const std::shared_ptr<engine_job> &job)
 {
     engine_answer answer;
     guard(&answer, [&] {
-        highs_session session;
-        session.job = job;
-        solve_session(&session, &answer);
+        const auto session = std::make_shared<highs_session>();
+        job->rest = session;
+        session->job = job;
+        solve_session(session.get(), &answer);
     });
     const std::lock_guard<std::mutex> lock(job->mutex);
     job->answer = std::move(answer);
