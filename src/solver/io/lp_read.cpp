@@ -125,7 +125,8 @@ int32_t lp_read(const io_context *io, byte_source *in, model *m)
 {
     lp_reader r;
     r.m = m;
-    if (io->params != nullptr) r.infinite = param_dou(io->params, DPAR_BOUND_INFINITE);
+    r.infinite = param_dou(io->params, DPAR_BOUND_INFINITE);
+    r.rows.tiny = param_dou(io->params, DPAR_DATA_TOL_COEF);
     lp_lexer_start(&r.lex, io, in);
     int32_t res = r.lex.code;
     if (res == ZLR_RES_OK) res = read_objective(&r);

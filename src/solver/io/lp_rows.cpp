@@ -1,6 +1,8 @@
 /* lp_rows.cpp - see lp_rows.h. */
 #include "solver/io/lp_rows.h"
 
+#include <cmath>
+
 static lp_piece *piece_with_room(lp_rows *rows)
 {
     if (rows->pieces.empty() || rows->pieces.back()->num == lp_piece_entries) {
@@ -14,7 +16,7 @@ void lp_rows_finish(lp_rows *rows)
 {
     int32_t length = 0;
     for (size_t k = 0; k < rows->col.size(); k++) {
-        if (rows->value[k] == 0.0) continue;
+        if (rows->value[k] == 0.0 || std::fabs(rows->value[k]) < rows->tiny) continue;
         lp_piece *piece = piece_with_room(rows);
         piece->col[piece->num] = rows->col[k];
         piece->value[piece->num] = rows->value[k];

@@ -24,6 +24,7 @@ struct lp_seen {
 };
 
 struct lp_rows {
+    double tiny = 0.0; /* entries below this are left out */
     std::vector<std::unique_ptr<lp_piece>> pieces;
     std::vector<int32_t> length; /* entries of each finished row */
 

@@ -28,6 +28,8 @@ const read_case read_cases[] = {
      "min -1x 2y | c1[-5,inf]: -1x -3y | x[0,inf] y[0,inf]", ""},
     {"sums and cancellation", "min x + x st c1: x + 2 y + 3 x - 2 y >= 1 c2: y - y <= 0 end",
      "min 2x | c1[1,inf]: 4x | c2[-inf,0]: | x[0,inf] y[0,inf]", ""},
+    {"coefficients below the drop tolerance", "min x st c1: x + 1e-13 y >= 1 end",
+     "min 1x | c1[1,inf]: 1x | x[0,inf] y[0,inf]", ""},
     {"coefficients", "min 3x1 + .5e1 x2 + 2. x3 + 2 e1 + 3 * x1 st c: 2e1 <= 1e1x1 end",
      "min 6x1 5x2 2x3 2e1 | c[20,inf]: 10x1 | x1[0,inf] x2[0,inf] x3[0,inf] e1[0,inf]", ""},
     {"senses", "min x st a: x < 1 b: x =< 2 c: x <= 3 d: x > 4 e: x => 5 f: x >= 6 g: x = 7 end",
