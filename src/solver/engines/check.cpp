@@ -88,6 +88,8 @@ void check_complete(const model *m, const check_tolerances *tol, solution *sol)
 {
     const double sign = sense_sign(m);
 
+    for (double &v : sol->xx) v += 0.0; /* makes 0 of -0, which only puzzles who reads it */
+    for (double &v : sol->y) v += 0.0;
     if (sol->has_primal) sol->xc = row_sums_at(m, sol->xx).value;
     if (!sol->has_dual) return;
     for (size_t i = 0; i < sol->y.size(); i++)

@@ -79,7 +79,9 @@ static void engine_thread(const std::shared_ptr<engine_job> &job, const std::sha
                 const std::lock_guard<std::mutex> lock(signal->mutex);
                 signal->engine[number] = engine;
             }
-            if (!adapter->accepts(job->problem.get(), job->method))
+            if (job->stop)
+                refuse(job.get(), ENGINE_STOPPED, "");
+            else if (!adapter->accepts(job->problem.get(), job->method))
                 refuse(job.get(), ENGINE_REFUSED, "does not take this problem by this method");
             else
                 adapter->solve(job);

@@ -10,8 +10,10 @@ struct raw_allocator : std::allocator<char> {
     template <class> struct rebind {
         typedef raw_allocator other;
     };
+    // NOLINTBEGIN(readability-non-const-parameter): placement new writes there
     void construct(char *place) { ::new (static_cast<void *>(place)) char; }
     void construct(char *place, char value) { ::new (static_cast<void *>(place)) char(value); }
+    // NOLINTEND(readability-non-const-parameter)
 };
 
 typedef std::vector<char, raw_allocator> raw_buffer;

@@ -389,7 +389,11 @@ TEST_F(optimize, the_first_answer_that_passes_wins_and_the_others_are_told_to_st
         run_until_stopped(job, a);
         stopped = true;
     };
-    fake_methods[METHOD_INTPNT] = give_racing_optimum;
+    fake_methods[METHOD_INTPNT] = [](engine_job *job, engine_answer *a) {
+        while (num_started < 2) nap();
+        give_racing_optimum(job, a);
+    };
+    num_started = num_ended = 0;
     int32_t code = 0;
     const double took = timed_optimize(&code);
     EXPECT_EQ(ZLR_RES_OK, code);
