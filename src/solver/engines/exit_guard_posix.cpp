@@ -4,18 +4,25 @@
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
-#include <sched.h>
+#include <mutex>
 #include <unistd.h>
+#include <vector>
 
-static std::atomic<int32_t> num_running{0}; /* threads in an engine */
-static std::atomic<int32_t> num_leaving{0}; /* threads that tidy up */
+static std::atomic<int32_t> num_running{0};
+
+/* Never freed: threads may come and go while static data are destroyed. */
+struct retired_threads {
+    std::mutex mutex;
+    std::vector<std::thread> threads;
+};
+static retired_threads *const retired = new retired_threads;
 
 /* Thread-local data go in the reverse order of their making: the mark is made first and goes last. */
 struct thread_mark {
     thread_mark() = default;
     thread_mark(const thread_mark &) = delete;
     thread_mark &operator=(const thread_mark &) = delete;
-    ~thread_mark() { num_leaving--; }
+    ~thread_mark() { num_running--; }
 };
 
 void exit_guard_add(int32_t num_threads) { num_running += num_threads; }
@@ -26,18 +33,26 @@ void exit_guard_enter()
     (void)&mark;
 }
 
-void exit_guard_leave()
+static void join_all(std::vector<std::thread> *threads)
 {
-    num_leaving++;
-    num_running--;
+    for (std::thread &thread : *threads) thread.join();
+    threads->clear();
+}
+
+void exit_guard_retire(std::thread thread)
+{
+    const std::lock_guard<std::mutex> lock(retired->mutex);
+    join_all(&retired->threads);
+    retired->threads.push_back(std::move(thread));
 }
 
 static void end_process(int status, void *)
 {
-    if (num_running == 0) {
-        while (num_leaving > 0) sched_yield();
-        return;
+    {
+        const std::lock_guard<std::mutex> lock(retired->mutex);
+        join_all(&retired->threads);
     }
+    if (num_running == 0) return;
     (void)std::fflush(nullptr);
     _exit(status);
 }

@@ -3,5 +3,5 @@
 
 void exit_guard_add(int32_t) {}
 void exit_guard_enter() {}
-void exit_guard_leave() {}
+void exit_guard_retire(std::thread thread) { thread.detach(); }
 void exit_guard_arm() {}

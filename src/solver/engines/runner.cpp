@@ -89,7 +89,6 @@ static void engine_thread(const std::shared_ptr<engine_job> &job, const std::sha
     } catch (const std::bad_alloc &) {
         job->answer.status = ENGINE_MEMORY; /* nobody else touches the job before it counts as done */
     }
-    exit_guard_leave();
     {
         const std::lock_guard<std::mutex> lock(signal->mutex);
         signal->missing[number] = is_missing;
@@ -129,7 +128,7 @@ bool runner_start(runner *r, run_watch *watch, const std::vector<run_order> &ord
         r->entries[k].job = make_job(&orders[k], watch);
         exit_guard_add(1);
         try {
-            std::thread(engine_thread, r->entries[k].job, r->signal, k, orders[k].step.source).detach();
+            r->entries[k].thread = std::thread(engine_thread, r->entries[k].job, r->signal, k, orders[k].step.source);
             any = true;
         } catch (const std::system_error &) { /* no more threads: the race goes on with those that run */
             exit_guard_add(-1);
@@ -145,6 +144,7 @@ static void collect(runner *r, size_t which)
     run_entry *e = &r->entries[which];
     engine_job *job = e->job.get();
 
+    exit_guard_retire(std::move(e->thread));
     {
         const std::lock_guard<std::mutex> lock(r->signal->mutex);
         e->engine = r->signal->engine[which];
@@ -303,6 +303,7 @@ void runner_leave(runner *r)
         e.job->stop = true;
         e.job->left = true;
         e.is_reported = true;
+        e.thread.detach();
     }
 }
 

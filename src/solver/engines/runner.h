@@ -14,6 +14,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <thread>
 
 /* How often the calling thread looks, and how long an engine that was told to stop is waited for. Together they stay
  * below the 0.2 s within which a stop is served. */
@@ -46,6 +47,7 @@ struct run_order {
 
 struct run_entry {
     plan_step step;
+    std::thread thread; /* until it has come back or is left */
     std::shared_ptr<engine_job> job;
     bool is_reported = false; /* given out by runner_next or runner_halt */
     std::string engine;       /* name and version, when it has come back */
