@@ -39,13 +39,6 @@ static void join_all(std::vector<std::thread> *threads)
     threads->clear();
 }
 
-void exit_guard_retire(std::thread thread)
-{
-    const std::lock_guard<std::mutex> lock(retired->mutex);
-    join_all(&retired->threads);
-    retired->threads.push_back(std::move(thread));
-}
-
 static void end_process(int status, void *)
 {
     {
@@ -55,6 +48,15 @@ static void end_process(int status, void *)
     if (num_running == 0) return;
     (void)std::fflush(nullptr);
     _exit(status);
+}
+
+void exit_guard_retire(std::thread thread)
+{
+    const std::lock_guard<std::mutex> lock(retired->mutex);
+    static const int registered = on_exit(end_process, nullptr); /* engines that are no modules load nothing */
+    (void)registered;
+    join_all(&retired->threads);
+    retired->threads.push_back(std::move(thread));
 }
 
 /* Handlers run in the reverse order too: one that is registered behind the load runs before the library's own. */
