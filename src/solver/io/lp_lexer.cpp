@@ -6,6 +6,7 @@
 
 #include "solver/io/number.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>

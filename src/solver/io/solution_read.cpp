@@ -9,6 +9,7 @@
 #include "solver/io/source_holder.h"
 #include "solver/report/words.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstdarg>

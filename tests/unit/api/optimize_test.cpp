@@ -1,6 +1,7 @@
 /* ZLR_optimize on the real engine, through the interface: answers in both senses, proofs, starts. */
 #include "api_support.h"
 
+#include <algorithm>
 #include <random>
 #include <thread>
 

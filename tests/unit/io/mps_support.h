@@ -6,6 +6,7 @@
 #include "solver/model/model.h"
 #include "solver/params/params.h"
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <fstream>

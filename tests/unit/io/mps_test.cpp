@@ -1,6 +1,8 @@
 /* The MPS reader and writer on small texts: what they make of each construct, and what they say of each fault. */
 #include "mps_support.h"
 
+#include <algorithm>
+
 using namespace test_mps;
 
 namespace

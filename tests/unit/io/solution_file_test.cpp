@@ -1,6 +1,7 @@
 /* The library's own solution files: the same bits back, and nothing misread. */
 #include "solver/io/solution_file.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>

@@ -1,6 +1,7 @@
 /* Parameter files: what a line may look like, errors with file and line, reading back what was written. */
 #include "solver/params/params.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>

@@ -1,6 +1,7 @@
 /* The table of parameters: every row by every way of setting it, names, words, and the engine's own settings. */
 #include "solver/params/params.h"
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <gtest/gtest.h>

@@ -1,6 +1,7 @@
 /* The JSON result: every field of the schema is there whatever the outcome, and what does not exist is null. */
 #include "solver/report/result_file.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
