@@ -81,7 +81,7 @@ static constexpr param_row rows[] = {
     INT(IPAR_SIMPLEX_MAX_ITERATIONS, "SIMPLEX_MAX_ITERATIONS", -1, -1, int_max, "", "highs:simplex_iteration_limit",
         "Limit of simplex iterations; -1: none"),
     INT(IPAR_IPM_MAX_ITERATIONS, "IPM_MAX_ITERATIONS", -1, -1, int_max, "", "highs:ipm_iteration_limit",
-        "Limit of interior-point iterations; -1: none"),
+        "Limit of interior-point iterations; -1: none, and with 1000 the method counts as stalled"),
     INT(IPAR_PDLP_MAX_ITERATIONS, "PDLP_MAX_ITERATIONS", -1, -1, int_max, "", "highs:pdlp_iteration_limit",
         "Limit of first-order iterations; -1: none"),
     INT(IPAR_MIP_MAX_NODES, "MIP_MAX_NODES", -1, -1, int_max, "", "highs:mip_max_nodes",

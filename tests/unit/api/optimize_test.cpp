@@ -248,6 +248,17 @@ TEST_F(api_optimize, tiny_and_odd_problems)
     }
 }
 
+/* minimise x, 0 x = 1, 2 x = 5, x >= 2: the interior-point code diverges on it without an end. */
+TEST_F(api_optimize, a_method_that_stalls_is_not_the_end)
+{
+    fill(task,
+         {ZLR_SENSE_MIN, {1.0}, {{1.0, 1.0, {0.0}}, {5.0, 5.0, {2.0}}, {-6.0, inf, {0.0}}}, {2.0}, {inf}, {}, 0.0});
+    ASSERT_EQ(ZLR_RES_OK, ZLR_putparam(task, "OPTIMIZER", "INTPNT"));
+    ASSERT_EQ(ZLR_RES_OK, ZLR_putparam(task, "TIME_LIMIT", "20"));
+    EXPECT_EQ(ZLR_RES_OK, ZLR_optimize(task)) << log;
+    EXPECT_EQ(ZLR_SOLSTA_PRIM_INFEAS_CER, get_solution(task, ZLR_SOL_BAS).solsta);
+}
+
 TEST_F(api_optimize, quadratic_tasks_are_refused_with_the_reason)
 {
     const int32_t sub = 0;

@@ -101,6 +101,11 @@ void highs_get_answer(highs_session *s, engine_answer *answer)
     answer->status = status_of(Highs_getModelStatus(s->highs));
     if (answer->status == ENGINE_FAILED || answer->status == ENGINE_UNKNOWN) answer->message = s->last_error;
     get_counts(s, answer);
+    const bool is_ipm = s->job->method == METHOD_INTPNT || s->job->method == METHOD_HIPO;
+    if (answer->status == ENGINE_ITERATION_LIMIT && is_ipm && !s->has_ipm_limit) {
+        answer->status = ENGINE_UNKNOWN;
+        answer->message = "stalls";
+    }
     get_vectors(s, answer);
     if (!s->is_mip) get_basis(s, answer);
 }

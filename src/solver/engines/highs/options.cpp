@@ -73,6 +73,10 @@ static bool uses_threads(engine_method method)
     return method == METHOD_MIP || method == METHOD_HIPO || method == METHOD_PDLP || method == METHOD_CHOOSE;
 }
 
+/* The older interior-point code has no end of its own where it diverges, as it does on some tiny infeasible problems; what
+ * it solves takes some hundred iterations at most. */
+static constexpr HighsInt ipm_stall_iterations = 1000;
+
 bool highs_set_options(highs_session *s, engine_answer *answer)
 {
     void *h = s->highs;
@@ -82,10 +86,12 @@ bool highs_set_options(highs_session *s, engine_answer *answer)
     /* Our reader has dropped what is too small to count, by a parameter of its own. */
     (void)Highs_setDoubleOptionValue(h, "small_matrix_value", 1e-12);
     (void)Highs_setIntOptionValue(h, "threads", uses_threads(job->method) ? std::max(job->threads, 1) : 1);
+    (void)Highs_setIntOptionValue(h, "ipm_iteration_limit", ipm_stall_iterations);
     if (std::isfinite(job->time_limit_s)) (void)Highs_setDoubleOptionValue(h, "time_limit", job->time_limit_s);
     for (const engine_option &o : job->options) {
         if (!put_option(h, o)) return refuse(answer, "does not take the option " + o.name);
         if (o.name == "run_crossover") s->crossover = o.integer != 0;
+        if (o.name == "ipm_iteration_limit") s->has_ipm_limit = true;
     }
     if (!put_method(s)) return refuse(answer, "this build does not have the method");
     return true;

@@ -20,7 +20,8 @@ struct highs_session {
     std::shared_ptr<engine_job> job;
     void *highs = nullptr;
     bool is_mip = false;
-    bool crossover = true; /* a basic solution is wanted of an interior or first-order method */
+    bool has_ipm_limit = false; /* the user's: reaching it is a limit, reaching ours a stall */
+    bool crossover = true;      /* a basic solution is wanted of an interior or first-order method */
     const char *phase = "";
     double min_step_s = 0.02; /* between two updates of the progress record */
     std::chrono::steady_clock::time_point last_update{};
