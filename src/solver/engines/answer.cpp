@@ -70,12 +70,16 @@ static check_result check_point(const model *m, const check_tolerances *tol, con
     return found;
 }
 
+/* The share of a tolerance up to which a point counts as clean. Simplex points stay below it; what branch and cut leaves
+ * may use the tolerance up. */
+static constexpr double clean_share = 0.1;
+
 check_result answer_to_incumbent(const model *m, const check_tolerances *tol, const std::vector<double> &x,
-                                 solution *sol, bool *snapped)
+                                 solution *sol, bool *clean)
 {
     std::vector<double> exact = x;
 
-    *snapped = false;
+    *clean = false;
     if (!is_usable(x, m->num_var)) {
         solution_reset(sol, m->num_con, m->num_var);
         return {};
@@ -84,8 +88,8 @@ check_result answer_to_incumbent(const model *m, const check_tolerances *tol, co
         if (m->var_type[j] == ZLR_VAR_INT && std::fabs(x[j] - std::round(x[j])) <= tol->integer)
             exact[j] = std::round(x[j]);
     const check_result at_exact = check_point(m, tol, exact, sol);
-    *snapped = at_exact.primal <= 1.0;
-    if (*snapped) return at_exact;
+    *clean = at_exact.primal <= clean_share;
+    if (at_exact.primal <= 1.0) return at_exact;
     return check_point(m, tol, x, sol);
 }
 

@@ -9,9 +9,10 @@ check_result answer_to_solution(const model *m, const check_tolerances *tol, con
                                 solution *sol);
 
 /* An integer solution at x: integer columns that are within the tolerance of an integer are put there when the rows can
- * bear it. *snapped tells whether all of them are exact. The status is set without a bound. */
+ * bear it. *clean tells whether all of them are exact and the rows far within their tolerances. The status is set without
+ * a bound. */
 check_result answer_to_incumbent(const model *m, const check_tolerances *tol, const std::vector<double> &x,
-                                 solution *sol, bool *snapped);
+                                 solution *sol, bool *clean);
 
 /* Whether a solution is a proof: its arrays hold a ray, not a point. */
 bool answer_is_certificate(const solution *sol);

@@ -137,14 +137,14 @@ void judge_bound(optimization *o, double bound)
 void judge_incumbent(optimization *o, const std::vector<double> &x)
 {
     solution sol;
-    bool exact = false;
-    const check_result found = answer_to_incumbent(o->problem.get(), &o->tol, x, &sol, &exact);
+    bool clean = false;
+    const check_result found = answer_to_incumbent(o->problem.get(), &o->tol, x, &sol, &clean);
     solution *best = &o->best[ZLR_SOL_ITG];
 
     if (!sol.defined || found.primal > check_near_factor) return;
     if (!is_better(&sol, best, o->problem->sense)) return;
     *best = std::move(sol);
-    o->is_exact = exact;
+    o->is_clean = clean;
     o->watch.has_primal = best->solsta == ZLR_SOLSTA_PRIM_FEAS;
     o->watch.primal_obj = best->primal_obj;
 }
@@ -155,9 +155,9 @@ static bool judge_integer_optimal(optimization *o, const run_entry *e)
 {
     const engine_answer *a = &e->answer;
     solution sol;
-    bool exact = false;
+    bool clean = false;
 
-    const check_result found = answer_to_incumbent(o->problem.get(), &o->tol, a->x, &sol, &exact);
+    const check_result found = answer_to_incumbent(o->problem.get(), &o->tol, a->x, &sol, &clean);
     if (!(found.primal <= 1.0)) {
         judge_failure(o, who_of(e),
                       "the answer does not pass the check: " + answer_complaint(o->problem.get(), &found, &sol));

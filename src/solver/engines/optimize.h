@@ -24,7 +24,7 @@ struct optimization {
     bool is_settled = false;
     int32_t limit_code = ZLR_RES_OK; /* a limit that an engine has reached */
     claim claimed = CLAIM_NONE;
-    bool is_exact = true;   /* the incumbent's integer columns are integers to the last bit */
+    bool is_clean = true;   /* the incumbent: see answer_to_incumbent */
     bool has_bound = false; /* branch and cut's bound on the objective */
     double bound = 0.0;
 

@@ -138,15 +138,17 @@ void settle_integers(optimization *o)
     solution *best = &o->best[ZLR_SOL_ITG];
     run_entry entry;
 
-    if (o->is_exact || o->watch.stop_code != ZLR_RES_OK || !best->defined || !best->has_primal) return;
+    if (o->is_clean || o->watch.stop_code != ZLR_RES_OK || !best->defined || !best->has_primal) return;
     const std::shared_ptr<model> fixed = aside_fixed(o->problem.get(), best->xx);
     if (!run_aside(o, fixed, METHOD_DUAL_SIMPLEX, &entry) || entry.answer.x.empty()) return;
     solution sol;
-    bool exact = false;
-    const check_result found = answer_to_incumbent(o->problem.get(), &o->tol, entry.answer.x, &sol, &exact);
+    bool clean = false;
+    const check_result found = answer_to_incumbent(o->problem.get(), &o->tol, entry.answer.x, &sol, &clean);
     check_set_integer_status(&o->tol, o->problem->sense, &found, o->has_bound, o->bound, &sol);
-    /* Exact integers are worth a change within the gap, not a worse status. */
-    if (!exact || sol.solsta != best->solsta) return;
+    const check_result before = check_solution(o->problem.get(), &o->tol, true, best);
+    check_set_integer_status(&o->tol, o->problem->sense, &before, o->has_bound, o->bound, best);
+    /* A clean point is worth a change within the gap, not a worse status. */
+    if (!clean || sol.solsta != best->solsta) return;
     *best = std::move(sol);
-    o->is_exact = true;
+    o->is_clean = true;
 }

@@ -242,6 +242,21 @@ TEST_F(optimize, stops_and_limits_are_served_at_once_whatever_the_engine_does)
     }
 }
 
+TEST_F(optimize, an_integer_point_that_uses_its_tolerances_up_is_made_clean)
+{
+    task.problem->var_type = {ZLR_VAR_CONT, ZLR_VAR_INT};
+    fake_methods[METHOD_MIP] = [](engine_job *, engine_answer *a) {
+        a->status = ENGINE_OPTIMAL;
+        a->x = {3.0000005, 1.0}; /* past its bound, within the tolerance */
+        a->best_bound = -5.0000005;
+        a->has_bound = true;
+    };
+    fake_methods[METHOD_DUAL_SIMPLEX] = give_optimum; /* with the integer column fixed */
+    EXPECT_EQ(ZLR_RES_OK, optimize_with(&task, &fake_table));
+    EXPECT_EQ(ZLR_SOLSTA_INTEGER_OPTIMAL, solsta(ZLR_SOL_ITG));
+    EXPECT_EQ((std::vector<double>{3.0, 1.0}), task.sol[ZLR_SOL_ITG].xx);
+}
+
 TEST_F(optimize, incumbents_survive_a_stop_and_the_best_is_kept)
 {
     make_integer();
