@@ -26,7 +26,7 @@ static const uint64_t PLAIN_BYTES = 64 * BUFFER;
 static const uint64_t GZIP_BYTES = 8 * BUFFER;
 
 static sysenv *sys = nullptr;
-static std::string our_path, peer_path;
+static std::string path; /* one file for both: where its pages come to lie is felt */
 static int rounds = 11;
 
 static void require(bool holds, const char *what)
@@ -95,7 +95,6 @@ static sysfile_t *our_open(bool for_reading, int32_t kind)
 {
     sysfile_t *file = nullptr;
     int32_t res = 0;
-    const std::string &path = for_reading ? peer_path : our_path; /* both read the same */
     sysenv_fopen(sys, path.c_str(), 0, for_reading, !for_reading, 0, kind, 0, &file, &res);
     require(res == SYSFILE_OK, "sysenv_fopen");
     return file;
@@ -110,7 +109,7 @@ struct peer_file {
 
 static peer_file peer_open(const char *mode)
 {
-    const peer_file file = {std::fopen(peer_path.c_str(), mode), static_cast<char *>(std::malloc(BUFFER))};
+    const peer_file file = {std::fopen(path.c_str(), mode), static_cast<char *>(std::malloc(BUFFER))};
     require(file.fp != nullptr && file.buffer != nullptr, "fopen");
     require(std::setvbuf(file.fp, file.buffer, _IOFBF, BUFFER) == 0, "setvbuf");
     return file;
@@ -124,7 +123,7 @@ static void peer_close(const peer_file &file)
 
 static gzFile peer_gzopen(const char *mode)
 {
-    gzFile file = gzopen(peer_path.c_str(), mode);
+    gzFile file = gzopen(path.c_str(), mode);
     require(file != nullptr && gzbuffer(file, BUFFER) == 0, "gzopen");
     return file;
 }
@@ -387,8 +386,7 @@ int main(int argc, char **argv)
 {
     const std::string folder = argc > 1 ? argv[1] : "/tmp";
     if (argc > 2) rounds = std::max(1, static_cast<int>(std::strtol(argv[2], nullptr, 10)));
-    our_path = folder + "/cpub_bench." + std::to_string(getpid());
-    peer_path = our_path + ".peer";
+    path = folder + "/cpub_bench." + std::to_string(getpid());
     sys = sysenv_create("cpub_bench", __LINE__, 0, nullptr);
     require(sys != nullptr, "sysenv_create");
 
@@ -399,8 +397,7 @@ int main(int argc, char **argv)
     if (is_wanted(group, "text")) bench_text();
     if (is_wanted(group, "memory")) bench_all_memory();
 
-    (void)std::remove(our_path.c_str());
-    (void)std::remove(peer_path.c_str());
+    (void)std::remove(path.c_str());
     (void)sysenv_delete("cpub_bench", __LINE__, &sys);
     return 0;
 }

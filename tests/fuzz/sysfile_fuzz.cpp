@@ -5,6 +5,7 @@
  * directions. Every call is a byte that picks it and the bytes that it takes. */
 #include "cpub/sysfile.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
