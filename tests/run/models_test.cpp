@@ -115,7 +115,7 @@ TEST_P(models, answer_is_the_published_one)
         EXPECT_NE(run.process.out.find("not supported"), std::string::npos) << run.process.out;
         return;
     }
-    ASSERT_EQ(run.process.status, 0) << run.process.out;
+    ASSERT_EQ(run.process.status, 0) << run.process.out << run.process.err;
     ASSERT_TRUE(run.result.is_object()) << run.process.out;
     EXPECT_EQ(run.result["return_code"], 0);
     EXPECT_EQ(run.process.err, "");

@@ -1,62 +1,107 @@
 /* exit_guard_posix.cpp - see exit_guard.h. */
 #include "solver/engines/exit_guard.h"
 
-#include <atomic>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 static std::atomic<int32_t> num_running{0};
 
 /* Never freed: threads may come and go while static data are destroyed. */
-struct retired_threads {
+struct kept_threads {
     std::mutex mutex;
-    std::vector<std::thread> threads;
+    std::vector<std::thread> answered;
+    std::vector<guarded_thread> left;
 };
-static retired_threads *const retired = new retired_threads;
+static kept_threads *const kept = new kept_threads;
 
 /* Thread-local data go in the reverse order of their making: the mark is made first and goes last. */
 struct thread_mark {
-    thread_mark() = default;
+    explicit thread_mark(std::shared_ptr<std::atomic<bool>> flag) : is_gone(std::move(flag)) {}
     thread_mark(const thread_mark &) = delete;
     thread_mark &operator=(const thread_mark &) = delete;
-    ~thread_mark() { num_running--; }
+    ~thread_mark()
+    {
+        *is_gone = true;
+        num_running--;
+    }
+    std::shared_ptr<std::atomic<bool>> is_gone;
 };
 
-void exit_guard_add(int32_t num_threads) { num_running += num_threads; }
-
-void exit_guard_enter()
+guarded_thread exit_guard_start(std::function<void()> body)
 {
-    static thread_local const thread_mark mark;
-    (void)&mark;
+    guarded_thread made;
+    made.is_gone = std::make_shared<std::atomic<bool>>(false);
+    num_running++;
+    try {
+        made.thread = std::thread([flag = made.is_gone, body = std::move(body)] {
+            static thread_local const thread_mark mark(flag);
+            (void)&mark;
+            body();
+        });
+    } catch (...) {
+        num_running--;
+        throw;
+    }
+    return made;
 }
 
-static void join_all(std::vector<std::thread> *threads)
+/* Both under the lock. */
+static void join_answered()
 {
-    for (std::thread &thread : *threads) thread.join();
-    threads->clear();
+    for (std::thread &thread : kept->answered) thread.join();
+    kept->answered.clear();
+}
+
+static void join_gone()
+{
+    std::erase_if(kept->left, [](guarded_thread &one) {
+        if (!*one.is_gone) return false;
+        one.thread.join();
+        return true;
+    });
 }
 
 static void end_process(int status, void *)
 {
     {
-        const std::lock_guard<std::mutex> lock(retired->mutex);
-        join_all(&retired->threads);
+        const std::lock_guard<std::mutex> lock(kept->mutex);
+        join_answered();
+        if (num_running == 0) {
+            join_gone();
+            return;
+        }
     }
-    if (num_running == 0) return;
     (void)std::fflush(nullptr);
     _exit(status);
 }
 
-void exit_guard_retire(std::thread thread)
+/* Engines that are no modules load nothing, so nobody else arms the guard for them. */
+static void arm_once()
 {
-    const std::lock_guard<std::mutex> lock(retired->mutex);
-    static const int registered = on_exit(end_process, nullptr); /* engines that are no modules load nothing */
+    static const int registered = on_exit(end_process, nullptr);
     (void)registered;
-    join_all(&retired->threads);
-    retired->threads.push_back(std::move(thread));
+}
+
+void exit_guard_retire(guarded_thread thread)
+{
+    const std::lock_guard<std::mutex> lock(kept->mutex);
+    arm_once();
+    join_answered();
+    join_gone();
+    kept->answered.push_back(std::move(thread.thread));
+}
+
+void exit_guard_leave(guarded_thread thread)
+{
+    const std::lock_guard<std::mutex> lock(kept->mutex);
+    arm_once();
+    join_gone();
+    kept->left.push_back(std::move(thread));
 }
 
 /* Handlers run in the reverse order too: one that is registered behind the load runs before the library's own. */

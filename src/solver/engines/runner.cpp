@@ -1,6 +1,5 @@
 /* runner.cpp - see runner.h. */
 #include "solver/engines/runner.h"
-#include "solver/engines/exit_guard.h"
 #include "solver/engines/machine.h"
 #include "solver/report/clock.h"
 
@@ -65,7 +64,6 @@ static void engine_thread(const std::shared_ptr<engine_job> &job, const std::sha
                           size_t number, const engine_source *source)
 {
     bool is_missing = false;
-    exit_guard_enter();
     machine_warm_heap();
     try {
         std::string message;
@@ -126,12 +124,13 @@ bool runner_start(runner *r, run_watch *watch, const std::vector<run_order> &ord
     for (size_t k = 0; k < orders.size(); k++) {
         r->entries[k].step = orders[k].step;
         r->entries[k].job = make_job(&orders[k], watch);
-        exit_guard_add(1);
         try {
-            r->entries[k].thread = std::thread(engine_thread, r->entries[k].job, r->signal, k, orders[k].step.source);
+            r->entries[k].thread =
+                exit_guard_start([job = r->entries[k].job, signal = r->signal, k, source = orders[k].step.source] {
+                    engine_thread(job, signal, k, source);
+                });
             any = true;
         } catch (const std::system_error &) { /* no more threads: the race goes on with those that run */
-            exit_guard_add(-1);
             r->entries[k].is_reported = true;
         }
     }
@@ -289,7 +288,7 @@ void runner_halt(runner *r, std::vector<size_t> *back)
 void runner_leave(runner *r)
 {
     for (run_entry &e : r->entries) {
-        if (e.is_reported) continue;
+        if (e.is_reported || !e.thread.thread.joinable()) continue; /* or it never started */
         (void)take_incumbent(&e);
         {
             const std::lock_guard<std::mutex> lock(e.job->mutex);
@@ -303,7 +302,7 @@ void runner_leave(runner *r)
         e.job->stop = true;
         e.job->left = true;
         e.is_reported = true;
-        e.thread.detach();
+        exit_guard_leave(std::move(e.thread));
     }
 }
 

@@ -7,6 +7,7 @@
  * engine's thread too, so that nothing keeps the calling thread from a stop. */
 #pragma once
 
+#include "solver/engines/exit_guard.h"
 #include "solver/engines/table.h"
 #include "solver/model/task.h"
 #include "solver/report/progress.h"
@@ -14,7 +15,6 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
-#include <thread>
 
 /* How often the calling thread looks, and how long an engine that was told to stop is waited for. Together they stay
  * below the 0.2 s within which a stop is served. */
@@ -47,7 +47,7 @@ struct run_order {
 
 struct run_entry {
     plan_step step;
-    std::thread thread; /* until it has come back or is left */
+    guarded_thread thread; /* until it has come back or is left */
     std::shared_ptr<engine_job> job;
     bool is_reported = false; /* given out by runner_next or runner_halt */
     std::string engine;       /* name and version, when it has come back */
