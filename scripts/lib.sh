@@ -49,7 +49,7 @@ run_tests()
     rm -f "$results"
     status=0
     # shellcheck disable=SC2086  # a command and its options
-    (cd "$root" && ${test_wrapper:-} ctest --preset "$preset" --output-on-failure -j2 --no-tests=error \
+    (cd "$root" && ${test_wrapper:-} ctest --test-dir "build/$preset" --output-on-failure -j2 --no-tests=error \
         --output-junit "$results" "$@") || status=$?
     if [ -f "$results" ]; then result_line "$results"; fi
     return "$status"

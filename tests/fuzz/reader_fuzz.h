@@ -3,6 +3,7 @@
 #pragma once
 
 #include "solver/io/io.h"
+#include "support/sys.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -55,7 +56,7 @@ inline int32_t fuzz_reader(format_read_func read, format_write_func write, const
         return set;
     }();
     stream_set streams;
-    const io_context io = {"fuzz", &params, &streams};
+    const io_context io = {"fuzz", &params, &streams, test_sys()};
     model m;
     byte_source *in = nullptr;
     int32_t res = source_open_memory(&in, static_cast<const char *>(data), size);
@@ -65,7 +66,7 @@ inline int32_t fuzz_reader(format_read_func read, format_write_func write, const
 
     fuzz_check_model(&m);
     byte_sink *out = nullptr;
-    fuzz_require(sink_open(&out, "/dev/null") == ZLR_RES_OK);
+    fuzz_require(sink_open(test_sys(), &out, "/dev/null", true) == ZLR_RES_OK);
     fuzz_require(write(&io, out, &m) == ZLR_RES_OK);
     fuzz_require(sink_close(&out, true) == ZLR_RES_OK);
     return ZLR_RES_OK;

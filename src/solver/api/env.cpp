@@ -5,6 +5,8 @@
 
 #include <cstring>
 
+static const char source_name[] = "src/solver/api/env"; /* in memory traces */
+
 void api_copy_text(char *buffer, size_t capacity, std::string_view text)
 {
     if (buffer == nullptr || capacity == 0) return;
@@ -27,11 +29,16 @@ int32_t ZLR_makeenv(ZLR_env **env, const char *dbgfile)
     if (env == nullptr) return ZLR_RES_ERR_NULL_POINTER;
     *env = nullptr;
     return api_guard(nullptr, [&]() -> int32_t {
+        const bool debug = dbgfile != nullptr && dbgfile[0] != '\0';
         auto made = std::make_unique<ZLR_env>();
-        if (dbgfile != nullptr && dbgfile[0] != '\0') {
-            made->blocks.trace = std::make_shared<block_trace>();
-            made->blocks.trace->file = std::fopen(dbgfile, "w");
-            if (made->blocks.trace->file == nullptr) return ZLR_RES_ERR_FILE_OPEN;
+        made->sys = sysenv_create(source_name, __LINE__, debug ? 1 : 0, nullptr);
+        if (made->sys == nullptr) return ZLR_RES_ERR_SPACE;
+        if (debug) {
+            memman_openecho(made->sys->memman, dbgfile, "memory of a ZELOR environment");
+            if (made->sys->memman->echofile == nullptr) {
+                (void)sysenv_delete(source_name, __LINE__, &made->sys);
+                return ZLR_RES_ERR_FILE_OPEN;
+            }
         }
         *env = made.release();
         return ZLR_RES_OK;
@@ -41,8 +48,9 @@ int32_t ZLR_makeenv(ZLR_env **env, const char *dbgfile)
 int32_t ZLR_deleteenv(ZLR_env **env)
 {
     if (env == nullptr || *env == nullptr) return ZLR_RES_OK;
-    blocks_close(&(*env)->blocks, "environment");
+    blocks_close(&(*env)->blocks, (*env)->sys);
     const int32_t res = streams_close(&(*env)->streams);
+    (void)sysenv_delete(source_name, __LINE__, &(*env)->sys); /* the count of leaks is in the debug file */
     delete *env;
     *env = nullptr;
     return res;
@@ -101,17 +109,17 @@ int32_t ZLR_echointro(ZLR_env *env, int32_t full)
 
 void *ZLR_callocdbgenv(ZLR_env *env, uint64_t count, uint64_t size, const char *file, int32_t line)
 {
-    return env != nullptr ? blocks_calloc(&env->blocks, count, size, file, line) : nullptr;
+    return env != nullptr ? blocks_calloc(&env->blocks, env->sys, count, size, file, line) : nullptr;
 }
 
 void *ZLR_callocenv(ZLR_env *env, uint64_t count, uint64_t size)
 {
-    return ZLR_callocdbgenv(env, count, size, nullptr, 0);
+    return ZLR_callocdbgenv(env, count, size, source_name, __LINE__);
 }
 
 void ZLR_freedbgenv(ZLR_env *env, void *block, const char *file, int32_t line)
 {
-    if (env != nullptr) blocks_free(&env->blocks, block, file, line);
+    if (env != nullptr) blocks_free(&env->blocks, env->sys, block, file, line);
 }
 
-void ZLR_freeenv(ZLR_env *env, void *block) { ZLR_freedbgenv(env, block, nullptr, 0); }
+void ZLR_freeenv(ZLR_env *env, void *block) { ZLR_freedbgenv(env, block, source_name, __LINE__); }

@@ -75,7 +75,7 @@ int32_t ZLR_readparamfile(ZLR_task *task, const char *filename)
 {
     return api_task(task, [&]() -> int32_t {
         if (filename == nullptr) return ZLR_RES_ERR_NULL_POINTER;
-        return param_read_file(&task->params, filename, &task->streams);
+        return param_read_file(&task->params, task->env->sys, filename, &task->streams);
     });
 }
 
@@ -83,7 +83,7 @@ int32_t ZLR_writeparamfile(ZLR_task *task, const char *filename)
 {
     return api_task(task, [&] {
         const char *name = filename != nullptr ? filename : param_str(&task->params, SPAR_PARAM_WRITE_FILE);
-        return param_write_file(&task->params, name, &task->streams);
+        return param_write_file(&task->params, task->env->sys, name, &task->streams);
     });
 }
 

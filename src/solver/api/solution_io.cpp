@@ -10,7 +10,7 @@ int32_t ZLR_readsolution(ZLR_task *task, int32_t kind, const char *filename)
     return api_task(task, [&]() -> int32_t {
         if (!kind_known(kind)) return ZLR_RES_ERR_ARGUMENT;
         if (filename == nullptr) return ZLR_RES_ERR_NULL_POINTER;
-        const io_context io = {filename, &task->params, &task->streams};
+        const io_context io = {filename, &task->params, &task->streams, task->env->sys};
         return solution_file_read(&io, task->problem.get(), kind, &task->sol[kind]);
     });
 }
@@ -21,7 +21,7 @@ int32_t ZLR_writesolution(ZLR_task *task, int32_t kind, const char *filename)
     return api_task(task, [&]() -> int32_t {
         if (!kind_known(kind)) return ZLR_RES_ERR_ARGUMENT;
         const char *name = filename != nullptr ? filename : param_str(&task->params, file_param[kind]);
-        const io_context io = {name, &task->params, &task->streams};
+        const io_context io = {name, &task->params, &task->streams, task->env->sys};
         if (!task->sol[kind].defined) {
             streams_printf(&task->streams, ZLR_STREAM_ERR, "There is no %s solution to write.\n",
                            words_solution_kind(kind));

@@ -7,6 +7,8 @@
 #include <cstdarg>
 #include <cstring>
 
+static const char source_name[] = "src/solver/api/task"; /* in memory traces */
+
 int32_t ZLR_makeemptytask(ZLR_env *env, ZLR_task **task)
 {
     if (task == nullptr) return ZLR_RES_ERR_NULL_POINTER;
@@ -15,7 +17,6 @@ int32_t ZLR_makeemptytask(ZLR_env *env, ZLR_task **task)
     return api_guard(nullptr, [&]() -> int32_t {
         auto made = std::make_unique<ZLR_task>();
         made->env = env;
-        made->blocks.trace = env->blocks.trace;
         made->problem = std::make_shared<model>();
         param_set_defaults(&made->params);
         *task = made.release();
@@ -26,7 +27,7 @@ int32_t ZLR_makeemptytask(ZLR_env *env, ZLR_task **task)
 int32_t ZLR_deletetask(ZLR_task **task)
 {
     if (task == nullptr || *task == nullptr) return ZLR_RES_OK;
-    blocks_close(&(*task)->blocks, "task");
+    blocks_close(&(*task)->blocks, (*task)->env->sys);
     const int32_t res = streams_close(&(*task)->streams);
     delete *task;
     *task = nullptr;
@@ -42,20 +43,20 @@ int32_t ZLR_getenv(ZLR_task *task, ZLR_env **env)
 
 void *ZLR_callocdbgtask(ZLR_task *task, uint64_t count, uint64_t size, const char *file, int32_t line)
 {
-    return task != nullptr ? blocks_calloc(&task->blocks, count, size, file, line) : nullptr;
+    return task != nullptr ? blocks_calloc(&task->blocks, task->env->sys, count, size, file, line) : nullptr;
 }
 
 void *ZLR_calloctask(ZLR_task *task, uint64_t count, uint64_t size)
 {
-    return ZLR_callocdbgtask(task, count, size, nullptr, 0);
+    return ZLR_callocdbgtask(task, count, size, source_name, __LINE__);
 }
 
 void ZLR_freedbgtask(ZLR_task *task, void *block, const char *file, int32_t line)
 {
-    if (task != nullptr) blocks_free(&task->blocks, block, file, line);
+    if (task != nullptr) blocks_free(&task->blocks, task->env->sys, block, file, line);
 }
 
-void ZLR_freetask(ZLR_task *task, void *block) { ZLR_freedbgtask(task, block, nullptr, 0); }
+void ZLR_freetask(ZLR_task *task, void *block) { ZLR_freedbgtask(task, block, source_name, __LINE__); }
 
 char *ZLR_strduptask(ZLR_task *task, const char *text)
 {

@@ -1,11 +1,14 @@
-/* bytes.h - the bytes of files: the one place through which readers get them and writers leave them.
+/* bytes.h - the bytes of files: the one place through which readers get them and writers leave them, on streams of the
+ * support library.
  *
  * Sources look through gzip by the first bytes of the file, whatever its name. Sinks compress when the name ends in
  * ".gz". A sink writes beside its target and renames when it is committed, so that a failed or interrupted write never
  * leaves half a file under the asked name; a target that is not a regular file (a device, a pipe) is written in place.
- * All entries return ZLR_RES_OK or the code of the failure and say nothing; who calls knows the file's role and tells. */
+ * Names are UTF-8. All entries return ZLR_RES_OK or the code of the failure and say nothing; who calls knows the file's
+ * role and tells. */
 #pragma once
 
+#include "cpub/sysenv.h" /* owns the memory of streams */
 #include "zelor.h"
 
 #include <cstddef>
@@ -16,7 +19,7 @@ struct byte_source;
 struct byte_sink;
 
 /* Opens a file for reading. ZLR_RES_ERR_FILE_READ: cannot be opened (errno tells why), or is a folder. */
-[[nodiscard]] int32_t source_open(byte_source **source, const char *filename);
+[[nodiscard]] int32_t source_open(sysenv *sys, byte_source **source, const char *filename);
 
 /* Up to `capacity` bytes; *got 0 is the end. ZLR_RES_ERR_FILE_READ for a read error, a damaged or cut gzip. */
 [[nodiscard]] int32_t source_read(byte_source *source, char *buffer, size_t capacity, size_t *got);
@@ -24,7 +27,7 @@ struct byte_sink;
 /* Why the last source_read failed, in words. */
 const char *source_error(const byte_source *source);
 
-/* A source over bytes of the caller, which must outlive it. They are looked through gzip like those of a file. */
+/* A source over bytes of the caller, which must outlive it; taken as they stand. */
 [[nodiscard]] int32_t source_open_memory(byte_source **source, const char *data, size_t size);
 
 /* Puts bytes that were read back before those to come: for a look at the beginning. They are copied. */
@@ -32,11 +35,13 @@ void source_unread(byte_source *source, const char *data, size_t size);
 
 void source_close(byte_source **source);
 
-/* Opens a target. ZLR_RES_ERR_FILE_OPEN (errno tells why). A new file gets the permissions that the user's mask leaves,
+/* Opens a target. ZLR_RES_ERR_FILE_OPEN (errno tells why). `sync`: its data are on the disk before it gets its name, so
+ * that a power cut leaves the old file or the new one; that takes as long as the disk does. A new file gets the permissions that the user's mask leaves,
  * one that is replaced keeps its own; a link stays a link, and the file that it leads to is replaced. */
-[[nodiscard]] int32_t sink_open(byte_sink **sink, const char *target);
+[[nodiscard]] int32_t sink_open(sysenv *sys, byte_sink **sink, const char *target, bool sync);
 
-/* Buffered. '\n' becomes the platform's line end. An error is kept and given again by every later call. ZLR_RES_ERR_FILE_WRITE. */
+/* Buffered. '\n' becomes the platform's line end. An error is kept and given again by every later call.
+ * ZLR_RES_ERR_FILE_WRITE. */
 int32_t sink_write(byte_sink *sink, const char *data, size_t size);
 inline int32_t sink_text(byte_sink *sink, std::string_view text) { return sink_write(sink, text.data(), text.size()); }
 
@@ -44,9 +49,10 @@ inline int32_t sink_text(byte_sink *sink, std::string_view text) { return sink_w
 int32_t sink_double(byte_sink *sink, double value);
 int32_t sink_int(byte_sink *sink, int64_t value);
 
-/* Completes the file and gives it its name (`commit`), or removes it. Frees the sink and sets it to null. Returns the
- * first error of all calls (errno tells why); what stood under the target's name before is left as it was then. */
+/* Completes the file and gives it its name (`commit`), or removes it. Frees the sink and sets it
+ * to null. Returns the first error of all calls (errno tells why); what stood under the target's name before is left as
+ * it was then. */
 [[nodiscard]] int32_t sink_close(byte_sink **sink, bool commit);
 
 /* Writes a whole text to a target in one go. */
-[[nodiscard]] int32_t sink_whole_file(const char *target, std::string_view text);
+[[nodiscard]] int32_t sink_whole_file(sysenv *sys, const char *target, bool sync, std::string_view text);

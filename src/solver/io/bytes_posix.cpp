@@ -14,17 +14,7 @@ const bool os_text_crlf = false;
 
 namespace
 {
-constexpr int name_attempts = 1000;     /* temporary names that are tried before giving up */
-constexpr size_t write_max = 1U << 30U; /* one call never writes more than 2 GiB on Linux */
-
-int open_retrying(const char *filename, int flags, mode_t mode)
-{
-    int file = -1;
-    do {
-        file = open(filename, flags | O_CLOEXEC, mode);
-    } while (file < 0 && errno == EINTR);
-    return file;
-}
+constexpr int name_attempts = 1000; /* temporary names that are tried before giving up */
 
 /* The open file that a name such as /dev/stdout stands for, or -1. Opening such a name would start over at the
  * beginning of a file that the output was redirected to. */
@@ -55,102 +45,51 @@ int create_beside(const std::string &name, std::string *temp)
 
     for (int attempt = 0; attempt < name_attempts; ++attempt) {
         *temp = folder + "zelor-" + std::to_string(getpid()) + "-" + std::to_string(counter++) + ".tmp";
-        const int file = open_retrying(temp->c_str(), O_WRONLY | O_CREAT | O_EXCL, 0666);
-        if (file >= 0 || errno != EEXIST) return file;
+        const int file = open(temp->c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (file >= 0 || (errno != EEXIST && errno != EINTR)) return file;
     }
     return -1;
 }
-
-int open_in_place(const char *target, os_target *out)
-{
-    out->temp.clear();
-    out->final_name = target;
-    out->file = open_retrying(target, O_WRONLY | O_CREAT | O_TRUNC, 0666);
-    return out->file < 0 ? -1 : 0;
-}
 }  // namespace
 
-int os_open_read(const char *filename)
+bool os_can_reopen(const char *filename)
 {
-    const int file = open_retrying(filename, O_RDONLY, 0);
-    if (file < 0) return -1;
     struct stat info;
-    if (fstat(file, &info) == 0 && S_ISDIR(info.st_mode)) {
-        close(file);
-        errno = EISDIR;
-        return -1;
-    }
-    return file;
+    return stat(filename, &info) == 0 && S_ISREG(info.st_mode);
 }
 
-int64_t os_read(int file, char *buffer, size_t capacity)
-{
-    ssize_t got = 0;
-    do {
-        got = read(file, buffer, capacity);
-    } while (got < 0 && errno == EINTR);
-    return got;
-}
-
-int os_open_target(const char *target, os_target *out)
+int os_prepare_target(const char *target, os_target *out)
 {
     const int standard = standard_stream(target);
-    if (standard >= 0) {
-        out->temp.clear();
-        out->final_name = target;
-        out->file = fcntl(standard, F_DUPFD_CLOEXEC, 0);
-        return out->file < 0 ? -1 : 0;
+    out->opened_name = target;
+    if (standard >= 0) { /* whatever stands there already stays */
+        out->opened_name = "/dev/fd/" + std::to_string(standard);
+        out->append = true;
+        return 0;
     }
 
     struct stat info;
     const bool exists = stat(target, &info) == 0;
     struct stat link_info;
     const bool dangling = !exists && lstat(target, &link_info) == 0;
-    if (dangling || (exists && !S_ISREG(info.st_mode))) return open_in_place(target, out);
+    if (dangling || (exists && !S_ISREG(info.st_mode))) return 0;
     if (exists && access(target, W_OK) != 0) return -1;
 
     out->final_name = resolved_name(target);
-    out->file = create_beside(out->final_name, &out->temp);
-    if (out->file < 0) return -1;
-    if (exists) (void)fchmod(out->file, info.st_mode & 07777); /* refused on some file systems: no harm */
+    const int file = create_beside(out->final_name, &out->opened_name);
+    if (file < 0) return -1;
+    out->is_new = true;
+    if (exists) (void)fchmod(file, info.st_mode & 07777); /* refused on some file systems: no harm */
+    (void)close(file);
     return 0;
 }
 
-int os_write_all(int file, const char *data, size_t size)
+int os_finish_target(os_target *target, bool commit)
 {
-    while (size > 0) {
-        const ssize_t done = write(file, data, size < write_max ? size : write_max);
-        if (done < 0) {
-            if (errno == EINTR) continue;
-            return -1;
-        }
-        data += done;
-        size -= static_cast<size_t>(done);
-    }
-    return 0;
+    if (!target->is_new) return 0;
+    if (commit && rename(target->opened_name.c_str(), target->final_name.c_str()) == 0) return 0;
+    const int why = errno;
+    (void)unlink(target->opened_name.c_str());
+    errno = why;
+    return commit ? -1 : 0;
 }
-
-int os_close_target(os_target *target, bool commit)
-{
-    int result = 0;
-    const int file = target->file;
-    target->file = -1;
-    if (target->temp.empty()) return close(file);
-
-    /* No fsync: it would take longer than all the rest of a small run, and what a full disk or a failing write has to
-     * tell comes with the writes and the close. */
-    int error = errno;
-    if (close(file) != 0 && result == 0) {
-        result = -1;
-        error = errno;
-    }
-    if (commit && result == 0 && rename(target->temp.c_str(), target->final_name.c_str()) != 0) {
-        result = -1;
-        error = errno;
-    }
-    if (!commit || result != 0) unlink(target->temp.c_str());
-    errno = error;
-    return result;
-}
-
-void os_close(int file) { close(file); }

@@ -14,7 +14,6 @@ const bool os_text_crlf = true;
 namespace
 {
 constexpr int name_attempts = 1000;
-constexpr size_t call_max = 1U << 30U; /* the C library's calls count in 32 bits */
 
 std::wstring wide(const std::string &text)
 {
@@ -41,72 +40,37 @@ int create_beside(const std::string &name, std::string *temp)
 }
 }  // namespace
 
-int os_open_read(const char *filename)
+bool os_can_reopen(const char *filename)
 {
-    const std::wstring name = wide(filename);
-    const DWORD attributes = GetFileAttributesW(name.c_str());
-    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
-        errno = EISDIR;
-        return -1;
-    }
-    return _wopen(name.c_str(), _O_RDONLY | _O_BINARY | _O_SEQUENTIAL | _O_NOINHERIT);
+    struct _stat64 info;
+    return _wstat64(wide(filename).c_str(), &info) == 0 && (info.st_mode & _S_IFMT) == _S_IFREG;
 }
 
-int64_t os_read(int file, char *buffer, size_t capacity)
-{
-    return _read(file, buffer, static_cast<unsigned>(capacity < call_max ? capacity : call_max));
-}
-
-int os_open_target(const char *target, os_target *out)
+int os_prepare_target(const char *target, os_target *out)
 {
     struct _stat64 info;
     const std::wstring name = wide(target);
     const bool exists = _wstat64(name.c_str(), &info) == 0;
-    out->final_name = target;
-    if (exists && (info.st_mode & _S_IFMT) != _S_IFREG) {
-        out->temp.clear();
-        out->file = _wopen(name.c_str(), _O_WRONLY | _O_BINARY | _O_NOINHERIT);
-        return out->file < 0 ? -1 : 0;
-    }
+    out->opened_name = target;
+    if (exists && (info.st_mode & _S_IFMT) != _S_IFREG) return 0;
     if (exists && _waccess(name.c_str(), 2) != 0) return -1;
-    out->file = create_beside(target, &out->temp);
-    return out->file < 0 ? -1 : 0;
-}
 
-int os_write_all(int file, const char *data, size_t size)
-{
-    while (size > 0) {
-        const int done = _write(file, data, static_cast<unsigned>(size < call_max ? size : call_max));
-        if (done < 0) return -1;
-        data += done;
-        size -= static_cast<size_t>(done);
-    }
+    out->final_name = target;
+    const int file = create_beside(out->final_name, &out->opened_name);
+    if (file < 0) return -1;
+    out->is_new = true;
+    (void)_close(file);
     return 0;
 }
 
-int os_close_target(os_target *target, bool commit)
+int os_finish_target(os_target *target, bool commit)
 {
-    int result = 0;
-    const int file = target->file;
-    target->file = -1;
-    if (target->temp.empty()) return _close(file);
-
-    if (commit) result = _commit(file);
-    int error = errno;
-    if (_close(file) != 0 && result == 0) {
-        result = -1;
-        error = errno;
-    }
-    const std::wstring temp = wide(target->temp);
-    if (commit && result == 0 &&
-        MoveFileExW(temp.c_str(), wide(target->final_name).c_str(),
-                    MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) == 0) {
-        result = -1;
-        error = EACCES; /* the usual reason: somebody has the old file open */
-    }
-    if (!commit || result != 0) _wunlink(temp.c_str());
-    errno = error;
-    return result;
+    if (!target->is_new) return 0;
+    const std::wstring opened = wide(target->opened_name);
+    if (commit && MoveFileExW(opened.c_str(), wide(target->final_name).c_str(),
+                              MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0)
+        return 0;
+    (void)_wunlink(opened.c_str());
+    errno = EACCES; /* the usual reason: somebody has the old file open */
+    return commit ? -1 : 0;
 }
-
-void os_close(int file) { _close(file); }

@@ -198,7 +198,7 @@ int32_t problem_read(const io_context *io, model *m, int32_t *format)
     int32_t res = ZLR_RES_OK;
     *format = -1;
     try {
-        res = source_open(&in, io->file);
+        res = source_open(io->sys, &in, io->file);
         if (res != ZLR_RES_OK) return io_error(io, res, 0, "the file cannot be opened: %s", std::strerror(errno));
         res = read_source(io, in, m, format);
     } catch (const std::bad_alloc &) {
@@ -222,7 +222,7 @@ int32_t problem_write(const io_context *io, const model *m, int32_t *format)
     byte_sink *out = nullptr;
     int32_t res = ZLR_RES_OK;
     try {
-        res = sink_open(&out, io->file);
+        res = sink_open(io->sys, &out, io->file, io_sync(io));
         if (res != ZLR_RES_OK)
             return io_error(io, res, 0, "the file cannot be opened for writing: %s", std::strerror(errno));
         res = format_table[*format].write(io, out, m);

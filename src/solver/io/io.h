@@ -15,6 +15,7 @@ struct io_context {
     const char *file = nullptr; /* the name as the user gave it, for messages */
     const param_set *params = nullptr;
     stream_set *out = nullptr;
+    sysenv *sys = nullptr;
 };
 
 typedef int32_t (*format_read_func)(const io_context *io, byte_source *in, model *m);
@@ -27,6 +28,12 @@ struct file_format {
     format_write_func write;
     bool (*holds)(const model *m); /* whether the format can hold the problem */
 };
+
+/* Whether written files have to be on the disk, by the parameters. */
+inline bool io_sync(const io_context *io)
+{
+    return io->params == nullptr || param_int(io->params, IPAR_WRITE_SYNC) != 0;
+}
 
 extern const file_format format_table[];
 extern const int32_t format_count;

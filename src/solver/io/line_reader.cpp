@@ -22,7 +22,9 @@ int32_t lines_fill(line_reader *lines)
     const int32_t res = source_read(lines->in, lines->buffer.data() + left, lines->buffer.size() - left, &got);
     if (res == ZLR_RES_ERR_SPACE) return res;
     if (res != ZLR_RES_OK)
-        return io_error(lines->io, res, lines->number, "reading fails behind this line: %s", source_error(lines->in));
+        return io_error(lines->io, res, lines->number,
+                        lines->number > 0 ? "reading fails behind this line: %s" : "reading fails: %s",
+                        source_error(lines->in));
 
     lines->input_ended = got == 0;
     lines->end += got;

@@ -499,7 +499,7 @@ int32_t solution_file_read(const io_context *io, const model *m, int32_t kind, s
     r.kind = kind;
     byte_source *in = nullptr;
     errno = 0;
-    int32_t res = source_open(&in, io->file);
+    int32_t res = source_open(io->sys, &in, io->file);
     if (res != ZLR_RES_OK) return io_error(io, res, 0, "the solution file cannot be opened: %s", std::strerror(errno));
     const source_holder holder(in);
     lines_open(&r.lines, io, in);

@@ -166,7 +166,7 @@ int32_t solution_file_write(const io_context *io, const model *m, const solution
 {
     byte_sink *out = nullptr;
     errno = 0;
-    int32_t open = sink_open(&out, io->file);
+    int32_t open = sink_open(io->sys, &out, io->file, io_sync(io));
     if (open != ZLR_RES_OK)
         return io_error(io, open, 0, "the solution file cannot be opened: %s", std::strerror(errno));
 

@@ -1,36 +1,21 @@
-/* blocks.h - memory handed out across the interface.
+/* blocks.h - memory handed out across the interface: from the manager of the environment, which traces and checks it in
+ * debug mode.
  *
  * A list knows every block that it gave and releases only those: a pointer that it does not know is left alone, which
- * callers rely on. With a trace file each event is written there with the caller's file and line, and blocks that are
- * still out when the list is closed are told as leaks. */
+ * callers rely on. */
 #pragma once
 
-#include <cstdint>
-#include <cstdio>
-#include <memory>
-#include <unordered_map>
+#include "cpub/sysenv.h"
 
-struct block_origin {
-    uint64_t bytes;
-    const char *file; /* the caller's constant; may be null */
-    int32_t line;
-    uint64_t id; /* counts from 1 */
-};
-
-struct block_trace {
-    std::FILE *file = nullptr;
-    uint64_t next_id = 1;
-    ~block_trace();
-};
+#include <unordered_set>
 
 struct block_list {
-    std::unordered_map<void *, block_origin> blocks;
-    std::shared_ptr<block_trace> trace; /* shared by an environment and its tasks; null: no trace */
+    std::unordered_set<void *> blocks;
 };
 
 /* A zeroed block, or null. */
-void *blocks_calloc(block_list *list, uint64_t count, uint64_t size, const char *file, int32_t line);
-void blocks_free(block_list *list, void *block, const char *file, int32_t line);
+void *blocks_calloc(block_list *list, sysenv *sys, uint64_t count, uint64_t size, const char *file, int32_t line);
+void blocks_free(block_list *list, sysenv *sys, void *block, const char *file, int32_t line);
 
-/* Tells leaks in the trace, if there is one, and releases every block. */
-void blocks_close(block_list *list, const char *owner);
+/* Releases every block that is still out, but in debug mode, where they are left for the manager to report. */
+void blocks_close(block_list *list, sysenv *sys);

@@ -13,6 +13,7 @@
 #include <vector>
 
 struct ZLR_env {
+    sysenv *sys = nullptr; /* owned: memory that is handed out, and the streams of files */
     stream_set streams;
     block_list blocks;
     std::string licence_path;

@@ -111,12 +111,12 @@ static int32_t read_lines(param_set *set, line_reader *reader, const io_context 
     }
 }
 
-int32_t param_read_file(param_set *set, const char *filename, stream_set *out)
+int32_t param_read_file(param_set *set, sysenv *sys, const char *filename, stream_set *out)
 {
-    const io_context io = {filename, set, out};
+    const io_context io = {filename, set, out, sys};
     byte_source *in = nullptr;
     errno = 0;
-    const int32_t res = source_open(&in, filename);
+    const int32_t res = source_open(sys, &in, filename);
     if (res != ZLR_RES_OK)
         return io_error(&io, res, 0, "the parameter file cannot be opened: %s", std::strerror(errno));
     const source_holder holder(in);
@@ -167,13 +167,13 @@ static std::string file_text(const param_set *set, const io_context *io)
     return changed + defaults;
 }
 
-int32_t param_write_file(const param_set *set, const char *filename, stream_set *out)
+int32_t param_write_file(const param_set *set, sysenv *sys, const char *filename, stream_set *out)
 {
-    const io_context io = {filename, set, out};
+    const io_context io = {filename, set, out, sys};
     if (filename[0] == '\0')
         return io_error(&io, ZLR_RES_ERR_FILE_OPEN, 0, "no name is given for the parameter file (PARAM_WRITE_FILE)");
     errno = 0;
-    const int32_t res = sink_whole_file(filename, file_text(set, &io));
+    const int32_t res = sink_whole_file(sys, filename, io_sync(&io), file_text(set, &io));
     if (res == ZLR_RES_OK) return res;
     return io_error(&io, res, 0, "the parameter file cannot be written%s%s", errno != 0 ? ": " : "",
                     errno != 0 ? std::strerror(errno) : "");

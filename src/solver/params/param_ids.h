@@ -54,6 +54,7 @@ enum {
     IPAR_MIP_FEASIBILITY_JUMP = 25,
     IPAR_MIP_RINS = 26,
     IPAR_MIP_RENS = 27,
+    IPAR_WRITE_SYNC = 28,                                    /* written files are on the disk when a call returns */
     IPAR_LOG_LEVEL = ZLR_IPAR_LOG_LEVEL,                     /* 34 */
     IPAR_PARAM_IGNORE_ERRORS = ZLR_IPAR_PARAM_IGNORE_ERRORS, /* 92 */
     IPAR_SENSITIVITY_ALL = ZLR_IPAR_SENSITIVITY_ALL          /* 112 */

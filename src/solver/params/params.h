@@ -5,6 +5,7 @@
  * released parameters stay. */
 #pragma once
 
+#include "cpub/sysenv.h"
 #include "solver/report/streams.h"
 #include "zelor.h"
 
@@ -74,8 +75,8 @@ std::string param_allowed_text(const param_row *row);
 std::string param_double_text(double value);
 
 /* Parameter files; see ZLR_readparamfile and ZLR_writeparamfile. */
-[[nodiscard]] int32_t param_read_file(param_set *set, const char *filename, stream_set *out);
-[[nodiscard]] int32_t param_write_file(const param_set *set, const char *filename, stream_set *out);
+[[nodiscard]] int32_t param_read_file(param_set *set, sysenv *sys, const char *filename, stream_set *out);
+[[nodiscard]] int32_t param_write_file(const param_set *set, sysenv *sys, const char *filename, stream_set *out);
 
 /* The listing of ZLR_printparam, and docs/parameters.md. */
 void param_print(const param_set *set, stream_set *out, int32_t stream);

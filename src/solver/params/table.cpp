@@ -128,6 +128,8 @@ static constexpr param_row rows[] = {
          "Heuristic: search where relaxation and incumbent agree"),
     WORD(IPAR_MIP_RENS, "MIP_RENS", 1, 0, 1, off_on, "highs:mip_heuristic_run_rens",
          "Heuristic: search among the roundings of the relaxation"),
+    WORD(IPAR_WRITE_SYNC, "WRITE_SYNC", 1, 0, 1, off_on, nullptr,
+         "Whether a written file is on the disk before it gets its name; OFF is faster, and a power cut may cost it"),
     INT(IPAR_LOG_LEVEL, "LOG_LEVEL", 10, 0, 10, "", nullptr,
         "How much an optimisation prints; 0: nothing"),
     WORD(IPAR_PARAM_IGNORE_ERRORS, "PARAM_IGNORE_ERRORS", 0, 0, 1, off_on, nullptr,

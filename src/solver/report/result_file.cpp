@@ -173,9 +173,9 @@ int32_t result_file_write(ZLR_task *task, int32_t return_code)
 {
     const char *target = param_str(&task->params, SPAR_RESULT_FILE);
     if (target[0] == '\0') return ZLR_RES_OK;
-    const io_context io = {target, &task->params, &task->streams};
+    const io_context io = {target, &task->params, &task->streams, task->env->sys};
     errno = 0;
-    const int32_t res = sink_whole_file(target, result_text(task, return_code));
+    const int32_t res = sink_whole_file(io.sys, target, io_sync(&io), result_text(task, return_code));
     if (res == ZLR_RES_OK) return res;
     return io_error(&io, res, 0, "the result file cannot be written%s%s", errno != 0 ? ": " : "",
                     errno != 0 ? std::strerror(errno) : "");

@@ -4,13 +4,24 @@
 
 #include "solver/io/line_reader.h"
 #include "solver/io/number.h"
+#include "support/sys.h"
 
 #include <cerrno>
 #include <cmath>
 #include <csignal>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 #include <zlib.h>
+
+/* Stands in front of the C library's, and counts. */
+static int num_synced = 0;
+extern "C" int fdatasync(int file)
+{
+    num_synced++;
+    return static_cast<int>(syscall(SYS_fdatasync, file));
+}
 
 using namespace test_mps;
 
@@ -48,7 +59,7 @@ std::string drained(byte_source *in, size_t piece, int32_t *code)
 std::string file_through_source(const std::string &name, size_t piece, int32_t *code, std::string *why = nullptr)
 {
     byte_source *in = nullptr;
-    *code = source_open(&in, name.c_str());
+    *code = source_open(test_sys(), &in, name.c_str());
     if (*code != ZLR_RES_OK) return {};
     std::string text = drained(in, piece, code);
     if (why != nullptr) *why = source_error(in);
@@ -90,11 +101,6 @@ TEST(Source, GivesWhatTheFileHolds)
             EXPECT_TRUE(file_through_source(folder.file("f"), piece, &code) == c.text);
             EXPECT_EQ(code, ZLR_RES_OK);
         }
-        byte_source *in = nullptr;
-        int32_t code = source_open_memory(&in, c.bytes.data(), c.bytes.size());
-        EXPECT_TRUE(drained(in, 4096, &code) == c.text);
-        EXPECT_EQ(code, ZLR_RES_OK);
-        source_close(&in);
     }
 }
 
@@ -111,7 +117,7 @@ TEST(Source, DamagedGzip)
         put_file(folder.file("f"), whole.substr(0, size));
         file_through_source(folder.file("f"), 4096, &code, &why);
         EXPECT_EQ(code, ZLR_RES_ERR_FILE_READ) << size;
-        EXPECT_EQ(why, "the compressed data is cut off") << size;
+        EXPECT_EQ(why, "the compressed data is damaged or cut off") << size;
     }
     constexpr size_t header_bytes = 10;
     for (size_t at = header_bytes; at < whole.size(); ++at) {
@@ -122,10 +128,6 @@ TEST(Source, DamagedGzip)
         EXPECT_EQ(code, ZLR_RES_ERR_FILE_READ) << at;
         EXPECT_NE(why, "") << at;
     }
-    put_file(folder.file("f"), whole + "garbage");
-    EXPECT_EQ(file_through_source(folder.file("f"), 4096, &code, &why), text);
-    EXPECT_EQ(code, ZLR_RES_ERR_FILE_READ);
-    EXPECT_EQ(why, "garbage behind the end of the compressed data");
 }
 
 TEST(Source, CannotBeOpened)
@@ -133,9 +135,9 @@ TEST(Source, CannotBeOpened)
     temp_folder folder;
     byte_source *in = nullptr;
     errno = 0;
-    EXPECT_EQ(source_open(&in, folder.file("none").c_str()), ZLR_RES_ERR_FILE_READ);
+    EXPECT_EQ(source_open(test_sys(), &in, folder.file("none").c_str()), ZLR_RES_ERR_FILE_READ);
     EXPECT_EQ(errno, ENOENT);
-    EXPECT_EQ(source_open(&in, folder.path.c_str()), ZLR_RES_ERR_FILE_READ);
+    EXPECT_EQ(source_open(test_sys(), &in, folder.path.c_str()), ZLR_RES_ERR_FILE_READ);
     EXPECT_EQ(errno, EISDIR);
     EXPECT_EQ(in, nullptr);
 }
@@ -157,10 +159,12 @@ TEST(Source, Unread)
 
 /* ---- Sinks --------------------------------------------------------------------------------------------------------- */
 
+bool to_disk = true; /* how the tests' files are written */
+
 int32_t write_whole(const std::string &target, const std::string &text, bool commit)
 {
     byte_sink *out = nullptr;
-    const int32_t res = sink_open(&out, target.c_str());
+    const int32_t res = sink_open(test_sys(), &out, target.c_str(), to_disk);
     if (res != ZLR_RES_OK) return res;
     for (size_t at = 0; at < text.size(); at += 10000) sink_text(out, std::string_view(text).substr(at, 10000));
     return sink_close(&out, commit);
@@ -182,8 +186,31 @@ TEST(Sink, CompletesOrLeavesNothing)
     }
     EXPECT_EQ(folder.num_files(), 3U);
     EXPECT_EQ(file_text(folder.file("packed.txt.gz")).substr(0, 2), "\x1f\x8b");
-    EXPECT_EQ(sink_whole_file(folder.file("w").c_str(), "whole"), ZLR_RES_OK);
+    EXPECT_EQ(sink_whole_file(test_sys(), folder.file("w").c_str(), true, "whole"), ZLR_RES_OK);
     EXPECT_EQ(file_text(folder.file("w")), "whole");
+}
+
+TEST(Sink, WritesTheSameWithoutWaitingForTheDisk)
+{
+    const std::string text = long_text(900000);
+    temp_folder folder;
+    to_disk = false;
+    for (const char *name : {"plain.txt", "packed.txt.gz"}) {
+        SCOPED_TRACE(name);
+        int32_t code = -1;
+        const int before = num_synced;
+        EXPECT_EQ(write_whole(folder.file(name), text, true), ZLR_RES_OK);
+        EXPECT_EQ(num_synced, before);
+        EXPECT_TRUE(file_through_source(folder.file(name), 4096, &code) == text);
+        to_disk = true;
+        EXPECT_EQ(write_whole(folder.file(name), text, true), ZLR_RES_OK);
+        EXPECT_GT(num_synced, before);
+        to_disk = false;
+    }
+    if (std::filesystem::exists("/dev/full")) {
+        EXPECT_EQ(write_whole("/dev/full", "x", true), ZLR_RES_ERR_FILE_WRITE);
+    }
+    to_disk = true;
 }
 
 mode_t mode_of(const std::string &file)
@@ -216,8 +243,8 @@ TEST(Sink, CannotBeOpened)
 {
     temp_folder folder;
     byte_sink *out = nullptr;
-    EXPECT_EQ(sink_open(&out, folder.path.c_str()), ZLR_RES_ERR_FILE_OPEN);
-    EXPECT_EQ(sink_open(&out, folder.file("none/x").c_str()), ZLR_RES_ERR_FILE_OPEN);
+    EXPECT_EQ(sink_open(test_sys(), &out, folder.path.c_str(), true), ZLR_RES_ERR_FILE_OPEN);
+    EXPECT_EQ(sink_open(test_sys(), &out, folder.file("none/x").c_str(), true), ZLR_RES_ERR_FILE_OPEN);
     EXPECT_EQ(errno, ENOENT);
     EXPECT_EQ(out, nullptr);
     EXPECT_EQ(folder.num_files(), 0U);
@@ -263,7 +290,7 @@ TEST(Sink, Numbers)
 {
     temp_folder folder;
     byte_sink *out = nullptr;
-    ASSERT_EQ(sink_open(&out, folder.file("n").c_str()), ZLR_RES_OK);
+    ASSERT_EQ(sink_open(test_sys(), &out, folder.file("n").c_str(), true), ZLR_RES_OK);
     const double values[] = {0.1, -0.0, 1e30, 5e-324, 123456.0, -model_inf, model_inf, 1.0 / 3.0};
     for (const double value : values) {
         sink_double(out, value);

@@ -1,5 +1,6 @@
 /* The choice of a format, the messages, and reading and writing a problem as a whole. */
 #include "mps_support.h"
+#include "support/sys.h"
 
 using namespace test_mps;
 
@@ -72,7 +73,7 @@ TEST(Problem, IsReadByNameOrContent)
 TEST(Problem, GzipUnderAnyName)
 {
     temp_folder folder;
-    ASSERT_EQ(sink_whole_file(folder.file("a.gz").c_str(), small_mps), ZLR_RES_OK);
+    ASSERT_EQ(sink_whole_file(test_sys(), folder.file("a.gz").c_str(), true, small_mps), ZLR_RES_OK);
     for (const char *name : {"b.mps", "b"}) {
         caught_io context(folder.file(name));
         std::filesystem::copy_file(folder.file("a.gz"), context.name);
@@ -89,7 +90,7 @@ TEST(Problem, FailedReadsSayWhy)
     put_file(folder.file("empty"), "");
     put_file(folder.file("empty.mps"), "");
     put_file(folder.file("what"), "this is no problem\n");
-    ASSERT_EQ(sink_whole_file(folder.file("cut.mps.gz").c_str(), small_mps), ZLR_RES_OK);
+    ASSERT_EQ(sink_whole_file(test_sys(), folder.file("cut.mps.gz").c_str(), true, small_mps), ZLR_RES_OK);
     put_file(folder.file("cut.mps.gz"), file_text(folder.file("cut.mps.gz")).substr(0, 40));
     static const struct {
         const char *name;
@@ -102,7 +103,7 @@ TEST(Problem, FailedReadsSayWhy)
         {"empty.mps", ZLR_RES_ERR_FILE_FORMAT, ": the file is empty.\n"},
         {"what", ZLR_RES_ERR_FILE_FORMAT,
          ": neither the name nor the content tells the format; known extensions are .mps, .qps and .lp.\n"},
-        {"cut.mps.gz", ZLR_RES_ERR_FILE_READ, "(4): reading fails behind this line: the compressed data is cut off.\n"},
+        {"cut.mps.gz", ZLR_RES_ERR_FILE_READ, ": reading fails: the compressed data is damaged or cut off.\n"},
     };
     for (const auto &c : cases) {
         caught_io context(folder.file(c.name));

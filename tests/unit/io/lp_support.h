@@ -3,6 +3,7 @@
 #pragma once
 
 #include "solver/io/io.h"
+#include "support/sys.h"
 
 #include <gtest/gtest.h>
 
@@ -35,14 +36,14 @@ struct session {
         param_set_defaults(&params);
         streams.out[ZLR_STREAM_ERR] = {hear_error, &messages, nullptr};
         streams.out[ZLR_STREAM_WRN] = {hear_warning, &messages, nullptr};
-        io = {"t.lp", &params, &streams};
+        io = {"t.lp", &params, &streams, test_sys()};
     }
 };
 
 inline int32_t read_text(session *s, std::string_view text, model *m)
 {
     byte_source *in = nullptr;
-    if (source_open(&in, "/dev/null") != ZLR_RES_OK) return -1;
+    if (source_open(test_sys(), &in, "/dev/null") != ZLR_RES_OK) return -1;
     source_unread(in, text.data(), text.size());
     const int32_t res = lp_read(&s->io, in, m);
     source_close(&in);
@@ -74,7 +75,7 @@ inline std::string file_text(const std::string &path)
 inline int32_t write_file(session *s, const model *m, const std::string &path)
 {
     byte_sink *out = nullptr;
-    if (sink_open(&out, path.c_str()) != ZLR_RES_OK) return -1;
+    if (sink_open(test_sys(), &out, path.c_str(), true) != ZLR_RES_OK) return -1;
     const int32_t res = lp_write(&s->io, out, m);
     const int32_t closed = sink_close(&out, res == ZLR_RES_OK);
     return res != ZLR_RES_OK ? res : closed;

@@ -5,6 +5,7 @@
 #include "solver/io/io.h"
 #include "solver/model/model.h"
 #include "solver/params/params.h"
+#include "support/sys.h"
 
 #include <algorithm>
 #include <cstring>
@@ -64,7 +65,7 @@ struct caught_io {
         streams.out[ZLR_STREAM_LOG].func = [](void *handle, const char *text) {
             *static_cast<std::string *>(handle) += text;
         };
-        io = {name.c_str(), &params, &streams};
+        io = {name.c_str(), &params, &streams, test_sys()};
     }
     caught_io(const caught_io &) = delete;
     caught_io &operator=(const caught_io &) = delete;

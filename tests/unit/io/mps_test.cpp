@@ -1,5 +1,6 @@
 /* The MPS reader and writer on small texts: what they make of each construct, and what they say of each fault. */
 #include "mps_support.h"
+#include "support/sys.h"
 
 #include <algorithm>
 
@@ -277,7 +278,7 @@ std::string written(caught_io *context, const model &m)
     temp_folder folder;
     const std::string file = folder.file("out.mps");
     byte_sink *out = nullptr;
-    EXPECT_EQ(sink_open(&out, file.c_str()), ZLR_RES_OK);
+    EXPECT_EQ(sink_open(test_sys(), &out, file.c_str(), true), ZLR_RES_OK);
     EXPECT_EQ(mps_write(&context->io, out, &m), ZLR_RES_OK);
     EXPECT_EQ(sink_close(&out, true), ZLR_RES_OK);
     return file_text(file);

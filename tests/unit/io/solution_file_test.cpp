@@ -1,5 +1,6 @@
 /* The library's own solution files: the same bits back, and nothing misread. */
 #include "solver/io/solution_file.h"
+#include "support/sys.h"
 
 #include <algorithm>
 #include <cmath>
@@ -71,13 +72,13 @@ protected:
 
     int32_t write(int32_t kind = ZLR_SOL_BAS)
     {
-        const io_context io = {path.c_str(), &params, &out};
+        const io_context io = {path.c_str(), &params, &out, test_sys()};
         return solution_file_write(&io, &m, &sol, kind);
     }
 
     int32_t read(solution *back, int32_t kind = ZLR_SOL_BAS)
     {
-        const io_context io = {path.c_str(), &params, &out};
+        const io_context io = {path.c_str(), &params, &out, test_sys()};
         errors.clear();
         return solution_file_read(&io, &m, kind, back);
     }

@@ -1,5 +1,6 @@
 /* Parameter files: what a line may look like, errors with file and line, reading back what was written. */
 #include "solver/params/params.h"
+#include "support/sys.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -30,7 +31,7 @@ protected:
     {
         const std::string path = (folder / "p.par").string();
         std::ofstream(path, std::ios::binary) << text;
-        return param_read_file(&set, path.c_str(), &out);
+        return param_read_file(&set, test_sys(), path.c_str(), &out);
     }
 
     fs::path folder;
@@ -108,8 +109,8 @@ TEST_F(param_file, every_line_is_tried_and_the_first_error_is_the_result)
 TEST_F(param_file, what_is_no_text_file_is_refused)
 {
     EXPECT_EQ(read(std::string("THREADS 1\n\0\0\x7f", 13)), ZLR_RES_ERR_FILE_FORMAT);
-    EXPECT_EQ(param_read_file(&set, (folder / "absent").c_str(), &out), ZLR_RES_ERR_FILE_READ);
-    EXPECT_EQ(param_read_file(&set, folder.c_str(), &out), ZLR_RES_ERR_FILE_READ);
+    EXPECT_EQ(param_read_file(&set, test_sys(), (folder / "absent").c_str(), &out), ZLR_RES_ERR_FILE_READ);
+    EXPECT_EQ(param_read_file(&set, test_sys(), folder.c_str(), &out), ZLR_RES_ERR_FILE_READ);
     EXPECT_NE(errors.find("absent"), std::string::npos) << errors;
 }
 
@@ -125,10 +126,10 @@ TEST_F(param_file, reads_back_what_it_wrote)
         if (row->param_class == ZLR_PAR_INT) set.integer[at] = static_cast<int32_t>(row->max);
         if (row->param_class == ZLR_PAR_STR) set.str[at] = "  \"a\" # = \xE2\x82\xAC\\n" + std::to_string(at);
     }
-    ASSERT_EQ(param_write_file(&set, path.c_str(), &out), ZLR_RES_OK) << errors;
+    ASSERT_EQ(param_write_file(&set, test_sys(), path.c_str(), &out), ZLR_RES_OK) << errors;
     param_set back;
     param_set_defaults(&back);
-    ASSERT_EQ(param_read_file(&back, path.c_str(), &out), ZLR_RES_OK) << errors;
+    ASSERT_EQ(param_read_file(&back, test_sys(), path.c_str(), &out), ZLR_RES_OK) << errors;
     EXPECT_EQ(back.dou, set.dou);
     EXPECT_EQ(back.integer, set.integer);
     EXPECT_EQ(back.str, set.str);
@@ -138,7 +139,7 @@ TEST_F(param_file, defaults_are_written_as_comments_behind_the_others)
 {
     const std::string path = (folder / "w.par").string();
     ASSERT_EQ(param_put_text(&set, "OPTIMIZER", "1", &out), ZLR_RES_OK);
-    ASSERT_EQ(param_write_file(&set, path.c_str(), &out), ZLR_RES_OK);
+    ASSERT_EQ(param_write_file(&set, test_sys(), path.c_str(), &out), ZLR_RES_OK);
     std::ifstream file(path);
     bool found = false;
     int comments = 0;
@@ -159,16 +160,16 @@ TEST_F(param_file, defaults_are_written_as_comments_behind_the_others)
 
 TEST_F(param_file, failures_of_writing_are_told_and_leave_nothing)
 {
-    EXPECT_EQ(param_write_file(&set, (folder / "no" / "w.par").c_str(), &out), ZLR_RES_ERR_FILE_OPEN);
-    EXPECT_EQ(param_write_file(&set, "", &out), ZLR_RES_ERR_FILE_OPEN);
+    EXPECT_EQ(param_write_file(&set, test_sys(), (folder / "no" / "w.par").c_str(), &out), ZLR_RES_ERR_FILE_OPEN);
+    EXPECT_EQ(param_write_file(&set, test_sys(), "", &out), ZLR_RES_ERR_FILE_OPEN);
     if (fs::exists("/dev/full")) {
-        EXPECT_EQ(param_write_file(&set, "/dev/full", &out), ZLR_RES_ERR_FILE_WRITE);
+        EXPECT_EQ(param_write_file(&set, test_sys(), "/dev/full", &out), ZLR_RES_ERR_FILE_WRITE);
     }
     EXPECT_GE(std::count(errors.begin(), errors.end(), '\n'), 2) << errors;
 
     set.str[SPAR_DATA_FILE] = "two\nlines";
     const std::string path = (folder / "w.par").string();
-    EXPECT_EQ(param_write_file(&set, path.c_str(), &out), ZLR_RES_OK);
+    EXPECT_EQ(param_write_file(&set, test_sys(), path.c_str(), &out), ZLR_RES_OK);
     EXPECT_NE(warnings.find("DATA_FILE"), std::string::npos) << warnings;
-    EXPECT_EQ(param_read_file(&set, path.c_str(), &out), ZLR_RES_OK) << errors;
+    EXPECT_EQ(param_read_file(&set, test_sys(), path.c_str(), &out), ZLR_RES_OK) << errors;
 }

@@ -1,5 +1,6 @@
 /* The JSON result: every field of the schema is there whatever the outcome, and what does not exist is null. */
 #include "solver/report/result_file.h"
+#include "support/sys.h"
 
 #include <algorithm>
 #include <cmath>
@@ -17,6 +18,8 @@ class result_file : public testing::Test
 protected:
     void SetUp() override
     {
+        env.sys = test_sys();
+        task.env = &env;
         std::string made = (fs::temp_directory_path() / "zelor-result-XXXXXX").string();
         ASSERT_NE(mkdtemp(made.data()), nullptr);
         folder = made;
@@ -58,6 +61,7 @@ protected:
 
     fs::path folder;
     std::string errors;
+    ZLR_env env;
     ZLR_task task;
 };
 
