@@ -5,13 +5,17 @@ CTEST_ARGS =
 
 SOURCES = find $(wildcard src include tests bench) -name '*.cpp' -o -name '*.c' -o -name '*.h'
 
-.PHONY: demo check bench format layout clean
+.PHONY: demo check check-windows bench format layout clean
 
 demo:
 	scripts/demo
 
 check:
 	scripts/check $(CTEST_ARGS)
+
+# Compiles for Windows and runs those tests under Wine.
+check-windows:
+	scripts/check-windows $(CTEST_ARGS)
 
 bench:
 	scripts/install-deps build test

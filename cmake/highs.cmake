@@ -1,5 +1,9 @@
 # Finds HiGHS: in the prefix HIGHS_ROOT if the user gives one, else where scripts/install-deps unpacked it. Only its C
 # interface is used, so that any build from 1.10 on will do.
+if(WIN32 AND NOT HIGHS_ROOT)
+  message(STATUS "HiGHS: none for Windows, the program reads and converts only; HIGHS_ROOT names a prefix")
+  return()
+endif()
 set(_highs_prefix ${HIGHS_ROOT})
 if(NOT _highs_prefix)
   set(_highs_prefix ${CMAKE_SOURCE_DIR}/build/deps/highs-1.15.1)

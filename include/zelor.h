@@ -43,7 +43,9 @@
 #define ZLR_API __attribute__((visibility("default")))
 #endif
 
-#if defined(__GNUC__)
+#if defined(__MINGW32__) /* C++ programs get the C99 functions there, whatever the system's own can */
+#define ZLR_PRINTF(fmt, args) __attribute__((format(gnu_printf, fmt, args)))
+#elif defined(__GNUC__)
 #define ZLR_PRINTF(fmt, args) __attribute__((format(printf, fmt, args)))
 #else
 #define ZLR_PRINTF(fmt, args)
@@ -246,8 +248,10 @@ ZLR_API int32_t ZLR_solstatostr(ZLR_task *task, int32_t solsta, char *text);
 
 /* ---- Environment -------------------------------------------------------------------------------------------------- */
 
-/* Makes an environment. `dbgfile` names the file of the memory trace, or is null for none.
- * Returns ZLR_RES_ERR_SPACE; ZLR_RES_ERR_NULL_POINTER if `env` is null. On failure *env is null. */
+/* Makes an environment. `dbgfile` names the file of the memory trace, or is null for none: each block that is handed out
+ * or given back, with the caller's file and line, and at the end a report of those that are left.
+ * Returns ZLR_RES_ERR_SPACE; ZLR_RES_ERR_FILE_OPEN for a trace that cannot be written; ZLR_RES_ERR_NULL_POINTER if `env`
+ * is null. On failure *env is null. */
 ZLR_API int32_t ZLR_makeenv(ZLR_env **env, const char *dbgfile);
 
 /* Deletes an environment and sets *env to null. Null handles are harmless. All its tasks must have been deleted. */

@@ -1,17 +1,21 @@
 /* files.cpp - temporary folders and whole files. */
 #include "files.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <sstream>
 #include <system_error>
 
 temp_folder::temp_folder()
 {
-    std::error_code ignored;
-    std::string pattern = (std::filesystem::temp_directory_path(ignored) / "zelor-test-XXXXXX").string();
-    if (mkdtemp(pattern.data()) != nullptr) path = pattern;
+    std::error_code failed;
+    const std::filesystem::path parent = std::filesystem::temp_directory_path(failed);
+    std::random_device random;
+    for (int attempt = 0; attempt < 100 && path.empty(); attempt++) { /* a name that nobody has yet */
+        const std::filesystem::path made = parent / ("zelor-test-" + std::to_string(random()));
+        if (std::filesystem::create_directory(made, failed)) path = made.generic_string();
+    }
 }
 
 temp_folder::~temp_folder()

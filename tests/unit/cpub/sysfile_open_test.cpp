@@ -2,8 +2,6 @@
 #include "sysfile_fixture.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 /* What a mode does to a file that holds "older!", with "NEW" written and then three bytes read. */
 TEST_F(sysfile, modes)
@@ -151,17 +149,6 @@ TEST_F(sysfile, names_that_do_not_open)
         EXPECT_EQ(file, nullptr);
         EXPECT_TRUE(status == 77 || status == -1);
     }
-}
-
-TEST_F(sysfile, permissions)
-{
-    const mode_t mask = umask(027);
-    sysfile_t *file = open(folder.file("f"), "w", SYSFILE_PLAIN);
-    umask(mask);
-    EXPECT_EQ(sysenv_fclose(&file), SYSFILE_OK);
-    struct stat about = {};
-    EXPECT_EQ(stat(folder.file("f").c_str(), &about), 0);
-    EXPECT_EQ(about.st_mode & 0777, 0640U);
 }
 
 TEST_F(sysfile, memory_runs_out)

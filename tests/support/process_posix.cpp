@@ -1,4 +1,4 @@
-/* process.cpp - runs a program with its outputs on pipes, under a time limit. */
+/* process_posix.cpp - runs a program with its outputs on pipes, under a time limit. */
 #include "process.h"
 
 #include <cerrno>
