@@ -94,9 +94,13 @@ char *memman_strdup(const char *file, int32_t line, memman *man, const char *tex
 void *memman_allocx(const char *file, int32_t line, memman *man, uint64_t count, uint64_t size, int32_t zero);
 
 /* The block has size + alignment bytes, p is its body, and the result is p + p % alignment, with p stored in the 8 bytes
- * in front of it. So the result is a multiple of the alignment only for a lucky p, and for a p that is one already the
- * stored pointer overwrites the guard in front, which the next verification reports. Kept: what is stored in blocks made
- * so far depends on it. Given back by memman_aligned_free alone. */
+ * in front of it. So the result is a multiple of the alignment only for a lucky p. Where p % alignment is below 8, the
+ * stored pointer begins in front of the block, and for a p that is a multiple already all of it lies there:
+ *   `debug` on    on the guard's last bytes, which the next verification of the block reports, also that of its release
+ *   `debug` off   on the last bytes in front of what the given function returned. Nothing notices it here; an allocator
+ *                 that keeps a header there, as those of C libraries do, loses it and may end the process at the release
+ * Kept: what is stored in blocks made so far depends on it. Given back by memman_aligned_free alone. Null also where
+ * size + alignment wraps; an alignment of 0 ends the process as a division fault. */
 void *memman_aligned_malloc(const char *file, int32_t line, memman *man, uint64_t size, uint64_t alignment);
 
 /* ---- Release and reallocation. Null is allowed. */

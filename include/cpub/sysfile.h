@@ -59,7 +59,10 @@ typedef struct sysfile_t {
  *   level               gzip, not opened for reading: compression level if above 0
  *   out                 out, the stream, null on failure. With a `res` that is not 0 on entry wfopen sets it to null and
  *                       fopen leaves it alone
- * SYSFILE_NOMEM, SYSFILE_OPEN, SYSFILE_BADNAME (fopen). */
+ * SYSFILE_NOMEM, SYSFILE_OPEN, SYSFILE_BADNAME (fopen).
+ * With SYSFILE_GZIP and read, write and append all 0 it is always SYSFILE_OPEN: zlib takes no file without a direction.
+ * The file has been created by then, and its descriptor stays open until the process ends: kept, and the only failure
+ * that leaves something behind. */
 void sysenv_fopen(sysenv *sys, const char *name, int32_t modeflag, int32_t read, int32_t write, int32_t append,
                   int32_t kind, int32_t level, sysfile_t **out, int32_t *res);
 void sysenv_wfopen(sysenv *sys, const uint16_t *name, int32_t modeflag, int32_t read, int32_t write, int32_t append,

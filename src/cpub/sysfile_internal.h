@@ -12,8 +12,8 @@
 static const char SYSFILE_SOURCE[] = "src\\cpub\\sysfile";
 static const char SYSFILE_ASSERT_SOURCE[] = "src/cpub/sysfile";
 
-/* What is allocated for a state. zlib does not tell the descriptor that it was given, and data can be sent to the disk
- * only through that. It belongs to zlib, which closes it. */
+/* What is allocated for a state. zlib does not tell the descriptor that it was given, and only through that can data be
+ * sent to the disk and an end be forgotten. It belongs to zlib, which closes it. */
 typedef struct sysfile_record {
     sysfile_state_t state; /* first: handles point to it */
     int descriptor;        /* gzip only */
@@ -97,6 +97,10 @@ void sysfile_closedescriptor(int descriptor);
 /* The C library's stream over a descriptor, which then belongs to it; and back. */
 FILE *sysfile_attach(int descriptor, const char *mode);
 int sysfile_descriptor(FILE *stream);
+
+/* Makes the C library forget that reads of a descriptor have come to the end of its file. What is above the descriptor
+ * has marks of its own. */
+void sysfile_forgetend(int descriptor);
 
 /* Waits until the data of a file is on the disk. Nothing to do, and SYSFILE_OK, for what is no file on a disk. */
 int32_t sysfile_todisk(int descriptor);

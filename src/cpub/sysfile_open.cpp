@@ -51,7 +51,7 @@ static int32_t attach_gzip(sysfile_state_t *state, const open_request *request, 
     char mode[24];
     gzip_mode(request, mode);
     gzFile gz = gzdopen(descriptor, mode);
-    if (gz == nullptr) return SYSFILE_OPEN; /* the descriptor stays open: kept, and only here */
+    if (gz == nullptr) return SYSFILE_OPEN; /* the descriptor stays open: kept, see sysfile.h */
     (void)gzbuffer(gz, GZIP_BUFFER_BYTES);
     state->gz = gz;
     reinterpret_cast<sysfile_record *>(state)->descriptor = descriptor;

@@ -82,6 +82,8 @@ FILE *sysfile_attach(int descriptor, const char *mode) { return fdopen(descripto
 
 int sysfile_descriptor(FILE *stream) { return fileno(stream); }
 
+void sysfile_forgetend(int descriptor) { (void)descriptor; } /* there is no such mark */
+
 int32_t sysfile_todisk(int descriptor)
 {
     while (fdatasync(descriptor) != 0) {

@@ -23,10 +23,13 @@ uint64_t sysfile_rawread(sysfile_state_t *state, void *destination, uint64_t n)
 /* The end of a file is not kept: what has been appended meanwhile is found by the next read. */
 static void forget_end(sysfile_state_t *state)
 {
-    if (state->kind == SYSFILE_GZIP)
+    if (state->kind == SYSFILE_GZIP) {
         gzclearerr(static_cast<gzFile>(state->gz));
-    else
+        sysfile_forgetend(reinterpret_cast<const sysfile_record *>(state)->descriptor);
+    } else {
         std::clearerr(state->fp);
+        sysfile_forgetend(sysfile_descriptor(state->fp));
+    }
 }
 
 void sysenv_fillbuffer(sysfile_t *file, int32_t *res)

@@ -28,6 +28,9 @@ FILE *sysfile_attach(int descriptor, const char *mode) { return _fdopen(descript
 
 int sysfile_descriptor(FILE *stream) { return _fileno(stream); }
 
+/* Any seek takes the mark down. The system's C library sets it for text files alone, Wine's for binary ones as well. */
+void sysfile_forgetend(int descriptor) { (void)_lseeki64(descriptor, 0, SEEK_CUR); }
+
 int32_t sysfile_todisk(int descriptor)
 {
     const HANDLE handle = reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));

@@ -5,8 +5,9 @@
 #include <cstdlib>
 #include <cstring>
 
-/* Formats and texts up to this size need no memory: what reports a damaged heap must get through. */
-static const size_t STACK_TEXT = 1024;
+/* Formats and texts below this size need no memory: what reports a damaged heap must get through, and the largest buffer
+ * that a report is made in has 2048 bytes. */
+static const size_t STACK_TEXT = 4096;
 
 /* The length of the "I" prefix that `text` begins with and what replaces it, or 0. */
 static size_t size_prefix(const char *text, const char **replacement)

@@ -1,4 +1,6 @@
-/* sysformat_win32.cpp - formatted output on Windows, whose C library has the prefixes and the truncation rule itself. */
+/* sysformat_win32.cpp - formatted output on Windows, whose C library has the prefixes and the truncation rule itself. The
+ * compiler brings formatters of its own, which it puts in the place of some of the C library's and which print pointers
+ * and exponents in another form. Only the C library's are called here, so that a value looks the same wherever it goes. */
 #include "sysformat_platform.h"
 
 int32_t sysformat_bounded(size_t capacity, char *buffer, const char *format, va_list args)
@@ -10,12 +12,12 @@ int32_t sysformat_bounded(size_t capacity, char *buffer, const char *format, va_
 
 int32_t sysformat_unbounded(char *buffer, const char *format, va_list args)
 {
-    const int length = vsprintf(buffer, format, args);
+    const int length = __ms_vsprintf(buffer, format, args);
     return length < 0 ? -1 : length;
 }
 
 int32_t sysformat_stream(std::FILE *stream, const char *format, va_list args)
 {
-    const int length = std::vfprintf(stream, format, args);
+    const int length = __ms_vfprintf(stream, format, args);
     return length < 0 ? -1 : length;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "memman_heap.h"
+#include "platform.h"
 
 #include <gtest/gtest.h>
 
@@ -46,7 +47,7 @@ __attribute__((format(printf, 1, 2))) inline std::string memman_text(const char 
     char text[4096];
     va_list args;
     va_start(args, format);
-    (void)std::vsnprintf(text, sizeof text, format, args);
+    library_format(sizeof text, text, format, args);
     va_end(args);
     return text;
 }

@@ -1,6 +1,5 @@
 /* memman_trace_test.cpp - what is told, to whom and at which level: trace lines, reports, leaks, the echo file. */
 #include "memman_support.h"
-#include "support/files.h"
 
 #include <regex>
 
@@ -186,23 +185,23 @@ TEST(memman_trace, echo_file)
 
     memman_openecho(man, first.c_str(), "head 100%");
     EXPECT_STREQ(man->echopath, first.c_str());
-    EXPECT_EQ(without_times(file_read(first)), "Header: head 100%\n\nFile opened: TIME\n\n") << "flushed";
+    EXPECT_EQ(without_times(text_file_read(first)), "Header: head 100%\n\nFile opened: TIME\n\n") << "flushed";
     char *user = scene.make(5);
     const std::string line = trace_line("Allocated()  ", 0, memman_raw(user), "0:0:0:5 (0:0:0:0)", "unit.c(4)'.");
-    EXPECT_EQ(without_times(file_read(first)), "Header: head 100%\n\nFile opened: TIME\n\n" + line)
+    EXPECT_EQ(without_times(text_file_read(first)), "Header: head 100%\n\nFile opened: TIME\n\n" + line)
         << "whatever the level";
     memman_echotofile(man, "%s text\n");
     memman_openecho(man, second.c_str(), "");
-    EXPECT_EQ(without_times(file_read(first)),
+    EXPECT_EQ(without_times(text_file_read(first)),
               "Header: head 100%\n\nFile opened: TIME\n\n" + line + "%s text\n\nFile closed: TIME\n\n");
     memman_closeecho(man);
     EXPECT_EQ(man->echofile, nullptr);
     EXPECT_EQ(man->echopath[0], 0);
-    EXPECT_EQ(without_times(file_read(second)), "Header: \n\nFile opened: TIME\n\n\nFile closed: TIME\n\n");
+    EXPECT_EQ(without_times(text_file_read(second)), "Header: \n\nFile opened: TIME\n\n\nFile closed: TIME\n\n");
 
     memman_openecho(man, first.c_str(), "again"); /* truncates, and is closed with the manager */
     (void)memman_scan("a.c", 1, man, 1000);
-    EXPECT_EQ(without_times(file_read(first)).substr(0, 67),
+    EXPECT_EQ(without_times(text_file_read(first)).substr(0, 67),
               "Header: again\n\nFile opened: TIME\n\nScanning memory at 'a.c'(1)\nSpace");
     EXPECT_EQ(scene.told, "");
 }
@@ -241,7 +240,7 @@ TEST(memman_trace, echo_of_a_deleted_manager)
         memman_openecho(man, folder.file("echo").c_str(), "h");
         memman_free("a.c", 1, man, memman_malloc("a.c", 1, man, 5, 1));
         EXPECT_EQ(memman_delete("a.c", 1, &man), 0U);
-        const std::string echo = without_times(file_read(folder.file("echo")));
+        const std::string echo = without_times(text_file_read(folder.file("echo")));
         const std::string end = "Checking leaks\nDone checking leaks\n\nFile closed: TIME\n\n";
         EXPECT_EQ(echo.substr(echo.size() - end.size()), end);
         EXPECT_EQ(echo.find("llocated()") != std::string::npos, debug != 0);

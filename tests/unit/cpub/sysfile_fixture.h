@@ -4,26 +4,22 @@
 
 #include "cpub/sysfile.h"
 #include "failing_allocator.h"
-#include "support/files.h"
+#include "platform.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <iterator>
 #include <string>
 #include <vector>
-#include <zlib.h>
 
 static const uint64_t BUFFER = SYSFILE_BUFFER_BYTES;
 
-inline void stream_to_stderr(void *, const char *text) { (void)std::fputs(text, stderr); }
-
-inline int64_t count_descriptors()
+inline void stream_to_stderr(void *, const char *text)
 {
-    const std::filesystem::directory_iterator begin("/proc/self/fd");
-    return std::distance(begin, std::filesystem::directory_iterator());
+    (void)std::fputs(text, stderr);
+    (void)std::fflush(stderr); /* on Windows it is buffered unless it is a console */
 }
 
 /* Bytes whose place in the file can be told. */
@@ -39,12 +35,33 @@ inline std::string stored(const std::string &path)
 {
     std::string text;
     char piece[65536];
-    gzFile in = gzopen(path.c_str(), "rb");
+    gzFile in = gzip_open(path, "rb");
     if (in == nullptr) return "(none)";
     for (int n = 0; (n = gzread(in, piece, sizeof piece)) > 0;) text.append(piece, static_cast<size_t>(n));
     EXPECT_EQ(gzclose(in), Z_OK);
     return text;
 }
+
+struct outcome {
+    std::string text;
+    int32_t error;
+};
+
+/* Reads a gzip file to its end. What comes behind a fault is not text. */
+inline outcome read_all(sysfile_t *file)
+{
+    std::string text(5 * BUFFER, ' ');
+    int32_t res = 0;
+    text.resize(sysenv_freadcount(file, text.data(), text.size(), &res));
+    EXPECT_EQ(res, SYSFILE_EOF);
+    outcome got = {text, sysenv_ferror(file)};
+    EXPECT_EQ(sysenv_fclose(&file), SYSFILE_OK);
+    return got;
+}
+
+/* Ends the test's child as internal faults of the layer do. */
+#define EXPECT_ASSERTION(statement)                                                                                    \
+    EXPECT_EXIT(statement, has_aborted, "Msg. : Assertion failed at src/cpub/sysfile\\(" DIGITS "\\)\\.")
 
 struct sysfile : testing::Test {
     temp_folder folder;
@@ -90,9 +107,29 @@ struct sysfile : testing::Test {
     sysfile_t *open_text(const std::string &text, const char *mode, int32_t kind) const
     {
         const std::string path = folder.file("text");
-        gzFile out = gzopen(path.c_str(), kind == SYSFILE_GZIP ? "wb1" : "wbT");
+        gzFile out = gzip_open(path, kind == SYSFILE_GZIP ? "wb1" : "wbT");
         EXPECT_EQ(gzwrite(out, text.data(), static_cast<unsigned>(text.size())), static_cast<int>(text.size()));
         EXPECT_EQ(gzclose(out), Z_OK);
         return open(path, mode, kind);
+    }
+
+    /* Writes a file under its one name and appends to it under the other. */
+    void expect_same_file(const std::string &utf8, const std::vector<uint16_t> &wide) const
+    {
+        sysfile_t *file = open(folder.file(utf8), "w", SYSFILE_PLAIN);
+        ASSERT_NE(file, nullptr);
+        EXPECT_EQ(sysenv_fputs(file, utf8.c_str()), SYSFILE_OK);
+        EXPECT_EQ(sysenv_fclose(&file), SYSFILE_OK);
+        EXPECT_EQ(stored(folder.file(utf8)), utf8);
+        std::vector<uint16_t> path(folder.path.begin(), folder.path.end()); /* ASCII */
+        path.push_back('/');
+        path.insert(path.end(), wide.begin(), wide.end());
+        path.push_back(0);
+        int32_t res = 0;
+        sysenv_wfopen(sys, path.data(), 0, 0, 1, 1, SYSFILE_PLAIN, 0, &file, &res);
+        ASSERT_EQ(res, SYSFILE_OK) << utf8;
+        EXPECT_EQ(sysenv_fputc(file, '.'), SYSFILE_OK);
+        EXPECT_EQ(sysenv_fclose(&file), SYSFILE_OK);
+        EXPECT_EQ(stored(folder.file(utf8)), utf8 + ".");
     }
 };

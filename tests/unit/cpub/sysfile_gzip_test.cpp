@@ -1,52 +1,5 @@
-/* sysfile_gzip_test.cpp - gzip files made and read by others, files of several members, cut and damaged ones. */
-#include "support/process.h"
+/* sysfile_gzip_test.cpp - cut and damaged gzip files. */
 #include "sysfile_fixture.h"
-
-static bool shell(const std::string &command)
-{
-    process_options options;
-    options.args = {"-c", command};
-    return process_run("/bin/sh", options).status == 0;
-}
-
-struct outcome {
-    std::string text;
-    int32_t error;
-};
-
-/* Reads a gzip file to its end. What comes behind a fault is not text. */
-static outcome read_all(sysfile_t *file)
-{
-    std::string text(5 * BUFFER, ' ');
-    int32_t res = 0;
-    text.resize(sysenv_freadcount(file, text.data(), text.size(), &res));
-    EXPECT_EQ(res, SYSFILE_EOF);
-    outcome got = {text, sysenv_ferror(file)};
-    EXPECT_EQ(sysenv_fclose(&file), SYSFILE_OK);
-    return got;
-}
-
-TEST_F(sysfile, gzip_command)
-{
-    if (!shell("gzip --version")) GTEST_SKIP() << "no gzip command";
-    const std::string path = folder.file("f");
-    for (const uint64_t length : {uint64_t{0}, uint64_t{1}, BUFFER, 2 * BUFFER + 3}) {
-        const std::string text = pattern(length);
-        sysfile_t *file = open(path + ".gz", "w", SYSFILE_GZIP);
-        int32_t res = 0;
-        sysenv_fwrite(file, text.data(), 1, length, &res);
-        EXPECT_EQ(res, SYSFILE_OK);
-        EXPECT_EQ(sysenv_fclose(&file), SYSFILE_OK);
-        EXPECT_TRUE(shell("gzip -df '" + path + ".gz'"));
-        EXPECT_TRUE(file_read(path) == text);
-
-        EXPECT_TRUE(shell("cd '" + folder.path + "' && gzip -kf f && gzip -c f >>f.gz"));
-        const outcome got = read_all(open(path + ".gz", "r", SYSFILE_GZIP));
-        EXPECT_TRUE(got.text == text + text);
-        EXPECT_EQ(got.error, SYSFILE_OK);
-        EXPECT_TRUE(read_all(open(path, "r", SYSFILE_GZIP)).text == text); /* not packed at all */
-    }
-}
 
 /* A file cut anywhere but at its very beginning, where nothing tells that it is one, reads as a shorter one: only
  * sysenv_ferror tells. */

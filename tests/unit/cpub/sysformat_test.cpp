@@ -41,11 +41,13 @@ TEST(sysformat, truncation)
         EXPECT_EQ(got.bytes, item.bytes);
     }
     /* The same beyond what is done on the stack. */
-    const std::string text(3000, 'x');
-    EXPECT_EQ(format(3000, "%s", text.c_str()).bytes, text);
-    EXPECT_EQ(format(3000, "%s", text.c_str()).result, 3000);
-    EXPECT_EQ(format(2999, "%s", text.c_str()).result, -1);
-    EXPECT_EQ(format(2999, "%s", text.c_str()).bytes, text.substr(1));
+    for (const size_t length : {4095U, 4096U, 4097U, 9000U}) {
+        const std::string text(length, 'x');
+        EXPECT_EQ(format(length, "%s", text.c_str()).bytes, text);
+        EXPECT_EQ(format(length, "%s", text.c_str()).result, static_cast<int32_t>(length));
+        EXPECT_EQ(format(length - 1, "%s", text.c_str()).result, -1);
+        EXPECT_EQ(format(length - 1, "%s", text.c_str()).bytes, text.substr(1));
+    }
 }
 
 TEST(sysformat, size_prefixes)
@@ -68,11 +70,28 @@ TEST(sysformat, size_prefixes)
     };
     for (const auto &item : cases) EXPECT_EQ(item.got, item.expected);
 
-    char text[6000];
-    const std::string longer(2000, 'I');
-    EXPECT_EQ(sysenv_sprintf(text, (longer + "%Iu %s").c_str(), size_t{12}, "end"), 2006);
-    EXPECT_EQ(text, longer + "12 end");
-    EXPECT_EQ(format(2006, (longer + "%Iu %s").c_str(), size_t{12}, "end").bytes, longer + "12 end");
+    for (const size_t length : {4080U, 4096U, 5000U}) { /* formats that are translated on the stack, and longer ones */
+        char text[6000];
+        const std::string longer(length, 'I');
+        EXPECT_EQ(sysenv_sprintf(text, (longer + "%Iu %s").c_str(), size_t{12}, "end"),
+                  static_cast<int32_t>(length + 6));
+        EXPECT_EQ(text, longer + "12 end");
+        EXPECT_EQ(format(length + 6, (longer + "%Iu %s").c_str(), size_t{12}, "end").bytes, longer + "12 end");
+    }
+}
+
+/* Values look the same wherever they go, also where there is more than one formatter to be had. */
+TEST(sysformat, one_form)
+{
+    const int value = 0;
+    const void *const at = &value;
+    char text[100];
+    EXPECT_GT(sysenv_sprintf(text, "%p %g %e %d", at, 1e300, -0.5, value), 0);
+    EXPECT_STREQ(format(100, "%p %g %e %d", at, 1e300, -0.5, value).bytes.c_str(), text);
+    testing::internal::CaptureStdout();
+    sysenv_printf("%p %g %e %d", at, 1e300, -0.5, value);
+    sysenv_fprintf(stdout, "%p %g %e %d", at, 1e300, -0.5, value);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), std::string(text) + text);
 }
 
 TEST(sysformat, sizes)
