@@ -175,6 +175,7 @@ enum {
     ZLR_RES_ERR_BOUNDS = 1237,       /* lower bound above the upper one, or not as the bound key says */
     ZLR_RES_ERR_NO_SOLUTION = 1250,  /* that kind of solution is not defined */
     ZLR_RES_ERR_SOL_MISMATCH = 1251, /* a solution file does not fit the task */
+    ZLR_RES_ERR_NO_REPAIR = 1252,    /* what may not be changed contradicts itself */
     ZLR_RES_ERR_QCON_EQUALITY = 1290,
     ZLR_RES_ERR_QCON_RANGE = 1292,
     ZLR_RES_ERR_CONE = 1301,
@@ -464,18 +465,76 @@ ZLR_API int32_t ZLR_readsummary(ZLR_task *task, int32_t stream);
 ZLR_API int32_t ZLR_solutionsummary(ZLR_task *task, int32_t stream);
 ZLR_API int32_t ZLR_optimizersummary(ZLR_task *task, int32_t stream);
 
-/* ---- Not available in this version -------------------------------------------------------------------------------- */
+/* ---- Models that misbehave ---------------------------------------------------------------------------------------- */
 
-/* These say so on the error stream and return ZLR_RES_ERR_NOT_AVAILABLE; the task is left as it is. */
+/* What the problem is made of and what is odd about it: sizes, ranges of the data, special structure, duplicates, and
+ * advice that names rows and columns. ANALYZE_DETAIL=FULL prints more than a screen. ZLR_RES_ERR_INDEX: no such stream. */
 ZLR_API int32_t ZLR_analyzeproblem(ZLR_task *task, int32_t stream);
+
+/* How good the solution of a kind is on the task's own data: statuses, objectives and gap, violations (largest, total,
+ * how many above the tolerance, names of the worst), sizes of values and duals, status keys, whether the keys of a basic
+ * solution are an optimal basis, what a certificate proves and through which rows. ANALYZE_DETAIL=FULL names up to a
+ * hundred where the default names a few. Returns ZLR_RES_ERR_NO_SOLUTION, with a line that says so on the stream;
+ * ZLR_RES_ERR_INDEX for an unknown stream or kind. */
 ZLR_API int32_t ZLR_analyzesolution(ZLR_task *task, int32_t stream, int32_t kind);
-ZLR_API int32_t ZLR_sensitivityreport(ZLR_task *task, int32_t stream);
+
+/* Statistics: one line of JSON for each optimisation, appended to the file that the parameter STAT_FILE names; see
+ * docs/statistics.md. An optimisation is written once, whichever of the entries comes first to it.
+ *   ZLR_startstat   begins to collect: from now on a line is made of every optimisation when it ends, whatever its
+ *                   outcome, with the parameters (STAT_LABEL among them) as they are then. Nothing is written. A second
+ *                   call while collecting changes nothing
+ *   ZLR_stopstat    writes the collected lines that no file has yet, oldest first, and ends the collection; harmless
+ *                   where there was none
+ *   ZLR_appendstat  writes the last optimisation now: its collected line, or, where it was not collected, one made from
+ *                   the task as it is. Where a file has it already, nothing is written. ZLR_RES_ERR_NO_SOLUTION when
+ *                   there was no optimisation, or the problem has been changed since and it was not collected
+ * A line goes out by one write to a file opened for append, so that processes may share a file. Without a name in STAT_FILE
+ * each of them tells so and returns ZLR_RES_ERR_FILE_OPEN, as for a file that cannot be opened; ZLR_RES_ERR_FILE_WRITE.
+ * After an error lines that are not in the file wait for another call. ZLR_deletetask drops them, with a warning. */
 ZLR_API int32_t ZLR_startstat(ZLR_task *task);
 ZLR_API int32_t ZLR_stopstat(ZLR_task *task);
 ZLR_API int32_t ZLR_appendstat(ZLR_task *task);
+
+/* Sensitivity of a linear task without integer columns at its optimum. Each item is one number of the problem: a side of a
+ * row (subi with marki 0 lower, 1 upper), a bound of a column (subj, markj), a cost. For each the price is given, which is
+ * the change of the optimal value for one unit more of the number, for moves to the left (down) and to the right, and how
+ * far it holds, as a change: left at most 0, right at least 0, infinite where there is no end. A side that is not met has
+ * the price 0 up to the activity. An infinite price with a range of 0: no feasible, or no bounded task lies that way. Sides
+ * of an equality move together. Arrays that are null are not wanted.
+ * Returns ZLR_RES_ERR_ARGUMENT (not such a task, or an unknown mark), ZLR_RES_ERR_NO_SOLUTION (not optimal),
+ * ZLR_RES_ERR_INDEX, ZLR_RES_ERR_ENGINE, the code of a stop. */
+ZLR_API int32_t ZLR_primalsensitivity(ZLR_task *task, int32_t numi, const int32_t *subi, const int32_t *marki,
+                                      int32_t numj, const int32_t *subj, const int32_t *markj, double *leftpricei,
+                                      double *rightpricei, double *leftrangei, double *rightrangei, double *leftpricej,
+                                      double *rightpricej, double *leftrangej, double *rightrangej);
+ZLR_API int32_t ZLR_dualsensitivity(ZLR_task *task, int32_t numj, const int32_t *subj, double *leftpricej,
+                                    double *rightpricej, double *leftrangej, double *rightrangej);
+
+/* The same as a report, on a stream and in the file that string parameter SENSITIVITY_RES_FILE names. String parameter
+ * SENSITIVITY_FILE names the file that tells what to analyse; without one, everything is. */
+ZLR_API int32_t ZLR_sensitivityreport(ZLR_task *task, int32_t stream);
+
+/* The part of the task that the certificate in the solution of a kind speaks of, as a new task, which the caller deletes
+ * with ZLR_deletetask before the environment. Names and integrality stay.
+ * Infeasible (status 5): single sides of rows and bounds of columns that contradict each other, without an objective. By
+ * default the set is reduced until the rest is feasible without any one of them; ANALYZE_INFEAS_EFFORT=CERTIFICATE leaves
+ * it as the certificate names it. A stop, or ANALYZE_INFEAS_TIME_LIMIT, ends the reduction with the smallest set so far.
+ * Unbounded (status 6): the columns of the ray with their rows, finite sides and bounds 0: it is unbounded.
+ * What was found is told on the message stream. Returns ZLR_RES_ERR_NO_SOLUTION where that kind of solution does not exist
+ * or is no certificate, ZLR_RES_ERR_ARGUMENT for an unknown kind. On failure *subproblem is null. */
 ZLR_API int32_t ZLR_getinfeasiblesubproblem(ZLR_task *task, int32_t kind, ZLR_task **subproblem);
+
+/* Changes sides and bounds so that the task is feasible, with the least weighted sum of changes, and tells on the message
+ * stream what was changed by how much. Weights of the rows' lower and upper sides and of the columns' lower and upper
+ * bounds; null: 1 each; negative: may not be changed. A feasible task stays as it is, with its solutions.
+ * Returns ZLR_RES_ERR_NO_REPAIR where what may not be changed contradicts itself (the error stream names it), the code of a
+ * stop or limit, ZLR_RES_ERR_NAN; the task is then as it was. */
 ZLR_API int32_t ZLR_primalrepair(ZLR_task *task, const double *wlc, const double *wuc, const double *wlx,
                                  const double *wux);
+
+/* ---- Not available in this version -------------------------------------------------------------------------------- */
+
+/* These say so on the error stream and return ZLR_RES_ERR_NOT_AVAILABLE; the task is left as it is. */
 ZLR_API int32_t ZLR_toconic(ZLR_task *task);
 ZLR_API int32_t ZLR_putnlfunc(ZLR_task *task, void *handle, ZLR_nlgetspfunc_t getsp, ZLR_nlgetvafunc_t getva);
 

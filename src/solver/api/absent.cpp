@@ -9,24 +9,7 @@ static int32_t not_available(ZLR_task *task, const char *what)
     return ZLR_RES_ERR_NOT_AVAILABLE;
 }
 
-int32_t ZLR_analyzeproblem(ZLR_task *task, int32_t) { return not_available(task, "The problem analysis"); }
-int32_t ZLR_analyzesolution(ZLR_task *task, int32_t, int32_t) { return not_available(task, "The solution analysis"); }
-int32_t ZLR_sensitivityreport(ZLR_task *task, int32_t) { return not_available(task, "The sensitivity report"); }
-int32_t ZLR_startstat(ZLR_task *task) { return not_available(task, "The statistics facility"); }
-int32_t ZLR_stopstat(ZLR_task *task) { return not_available(task, "The statistics facility"); }
-int32_t ZLR_appendstat(ZLR_task *task) { return not_available(task, "The statistics facility"); }
 int32_t ZLR_toconic(ZLR_task *task) { return not_available(task, "The conic form"); }
-
-int32_t ZLR_getinfeasiblesubproblem(ZLR_task *task, int32_t, ZLR_task **subproblem)
-{
-    api_put<ZLR_task *>(subproblem, nullptr);
-    return not_available(task, "The infeasible subproblem");
-}
-
-int32_t ZLR_primalrepair(ZLR_task *task, const double *, const double *, const double *, const double *)
-{
-    return not_available(task, "The primal repair");
-}
 
 int32_t ZLR_putnlfunc(ZLR_task *task, void *, ZLR_nlgetspfunc_t, ZLR_nlgetvafunc_t)
 {

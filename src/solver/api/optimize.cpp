@@ -1,7 +1,10 @@
 /* optimize.cpp - the optimiser, and solutions going out and in. */
 #include "solver/api/api.h"
 #include "solver/engines/engines.h"
+#include "solver/report/clock.h"
+#include "solver/report/html_report.h"
 #include "solver/report/result_file.h"
+#include "solver/report/statistics.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,12 +13,23 @@ int32_t ZLR_optimize(ZLR_task *task)
 {
     if (task == nullptr) return ZLR_RES_ERR_NULL_HANDLE;
     task->run = run_record{};
-    const int32_t code = api_task(task, [&]() -> int32_t { return engines_optimize(task); });
+    const int32_t code = api_task(task, [&]() -> int32_t {
+        html_report_begin(task);
+        return engines_optimize(task);
+    });
     task->run.ran = true; /* also where memory ran out before there was a record */
     task->run.return_code = code;
+    task->run.ended_ms = clock_unix_ms();
     /* The result is left for every outcome; an outcome that is an error itself is the one to return. */
     const int32_t written = api_task(task, [&]() -> int32_t { return result_file_write(task, code); });
-    return code != ZLR_RES_OK ? code : written;
+    const int32_t reported = api_task(task, [&]() -> int32_t { return html_report_write(task, code); });
+    const int32_t noted = api_task(task, [&]() -> int32_t {
+        statistics_note(task);
+        return ZLR_RES_OK;
+    });
+    if (code != ZLR_RES_OK) return code;
+    if (noted != ZLR_RES_OK) return noted;
+    return written != ZLR_RES_OK ? written : reported;
 }
 
 /* The solution of a kind that must exist, or the code that says why there is none. */

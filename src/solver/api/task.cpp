@@ -1,6 +1,7 @@
 /* task.cpp - tasks: making and deleting them, streams, callback, memory, status texts. */
 #include "solver/api/api.h"
 #include "solver/codes/codes.h"
+#include "solver/report/statistics.h"
 #include "solver/report/words.h"
 
 #include <cerrno>
@@ -27,6 +28,7 @@ int32_t ZLR_makeemptytask(ZLR_env *env, ZLR_task **task)
 int32_t ZLR_deletetask(ZLR_task **task)
 {
     if (task == nullptr || *task == nullptr) return ZLR_RES_OK;
+    statistics_warn_of_loss(*task);
     blocks_close(&(*task)->blocks, (*task)->env->sys);
     const int32_t res = streams_close(&(*task)->streams);
     delete *task;

@@ -34,6 +34,7 @@ static constexpr code_row codes[] = {
     ROW(ZLR_RES_ERR_BOUNDS,           ZLR_CLASS_ERROR, "The bounds are not what their bound key says"),
     ROW(ZLR_RES_ERR_NO_SOLUTION,      ZLR_CLASS_ERROR, "A solution of that kind is not defined"),
     ROW(ZLR_RES_ERR_SOL_MISMATCH,     ZLR_CLASS_ERROR, "A solution file does not fit the problem"),
+    ROW(ZLR_RES_ERR_NO_REPAIR,        ZLR_CLASS_ERROR, "What a repair may not change contradicts itself"),
     ROW(ZLR_RES_ERR_QCON_EQUALITY,    ZLR_CLASS_ERROR, "A quadratic or nonlinear row is an equality"),
     ROW(ZLR_RES_ERR_QCON_RANGE,       ZLR_CLASS_ERROR, "A quadratic or nonlinear row has two different bounds"),
     ROW(ZLR_RES_ERR_CONE,             ZLR_CLASS_ERROR, "A cone is not valid"),

@@ -28,41 +28,81 @@ struct proof {
     double residual = 0.0;
 };
 
-/* Splits a multiplier onto the sides, for a minimisation; what has no side is a residual, over what is rounding. */
-static void split(double multiplier, double terms, double lower, double upper, double *on_lower, double *on_upper,
-                  proof *p)
+/* What a sum of so large terms may be off by rounding alone. */
+static constexpr double sum_rounding = 1e-13;
+
+/* Splits a multiplier onto the sides, for a minimisation. What is rounding, or has no side, stands on neither. */
+static void split(double multiplier, double terms, double lower, double upper, double *on_lower, double *on_upper)
 {
-    constexpr double rounding = 1e-13;
     const double side = multiplier > 0.0 ? lower : upper;
 
     *on_lower = *on_upper = 0.0;
-    if (std::fabs(multiplier) <= rounding * terms) return;
-    if (!std::isfinite(side)) {
-        p->residual = std::max(p->residual, std::fabs(multiplier));
+    if (std::fabs(multiplier) <= sum_rounding * terms || !std::isfinite(side)) return;
+    (multiplier > 0.0 ? *on_lower : *on_upper) = std::fabs(multiplier);
+}
+
+/* Adds one side with its multiplier, which is a residual where it has the wrong sign or no side. */
+static void add_side(double on_side, double side, double sign, proof *p)
+{
+    if (on_side == 0.0) return;
+    if (sign * on_side < 0.0 || !std::isfinite(side)) {
+        p->residual = std::max(p->residual, std::fabs(on_side));
         return;
     }
-    (multiplier > 0.0 ? *on_lower : *on_upper) = std::fabs(multiplier);
-    p->value += multiplier * side;
-    p->terms += std::fabs(multiplier * side);
+    p->value += on_side * side;
+    p->terms += std::fabs(on_side * side);
+}
+
+static void add_sides(double multiplier, double terms, double sign, double lower, double upper, double on_lower,
+                      double on_upper, proof *p)
+{
+    const double rest = std::fabs(multiplier - on_lower + on_upper);
+
+    if (rest > sum_rounding * terms) p->residual = std::max(p->residual, rest);
+    add_side(sign * on_lower, lower, 1.0, p);
+    add_side(-sign * on_upper, upper, -1.0, p);
+}
+
+/* The reduced cost of a column where all costs are 0, and the size of its terms. */
+static double homogeneous_cost(const model *m, const std::vector<double> &y, size_t j, double *terms)
+{
+    double value = 0.0;
+
+    *terms = 0.0;
+    for (auto k = static_cast<size_t>(m->a.start[j]); k < static_cast<size_t>(m->a.start[j + 1]); k++) {
+        const double term = m->a.value[k] * y[static_cast<size_t>(m->a.row[k])];
+        value -= term;
+        *terms += std::fabs(term);
+    }
+    return value;
+}
+
+/* What the duals of the sides amount to, with the signs of a minimisation (`sign` 1) or of a maximisation (-1). */
+static proof add_up(const model *m, double sign, const solution *sol)
+{
+    proof p;
+
+    for (size_t i = 0; i < sol->y.size(); i++)
+        add_sides(sol->y[i], 0.0, sign, m->con_lower[i], m->con_upper[i], sol->slc[i], sol->suc[i], &p);
+    for (size_t j = 0; j < sol->slx.size(); j++) {
+        double terms = 0.0;
+        const double value = homogeneous_cost(m, sol->y, j, &terms);
+        add_sides(value, terms, sign, m->var_lower[j], m->var_upper[j], sol->slx[j], sol->sux[j], &p);
+    }
+    return p;
 }
 
 /* Fills the duals of `sol` from sol->y as for a minimisation. */
 static proof prove_infeasible(const model *m, solution *sol)
 {
-    proof p;
-
     for (size_t i = 0; i < sol->y.size(); i++)
-        split(sol->y[i], 0.0, m->con_lower[i], m->con_upper[i], &sol->slc[i], &sol->suc[i], &p);
+        split(sol->y[i], 0.0, m->con_lower[i], m->con_upper[i], &sol->slc[i], &sol->suc[i]);
     for (size_t j = 0; j < sol->slx.size(); j++) {
-        double value = 0.0, terms = 0.0;
-        for (auto k = static_cast<size_t>(m->a.start[j]); k < static_cast<size_t>(m->a.start[j + 1]); k++) {
-            const double term = m->a.value[k] * sol->y[static_cast<size_t>(m->a.row[k])];
-            value -= term;
-            terms += std::fabs(term);
-        }
-        split(value, terms, m->var_lower[j], m->var_upper[j], &sol->slx[j], &sol->sux[j], &p);
+        double terms = 0.0;
+        const double value = homogeneous_cost(m, sol->y, j, &terms);
+        split(value, terms, m->var_lower[j], m->var_upper[j], &sol->slx[j], &sol->sux[j]);
     }
-    return p;
+    return add_up(m, 1.0, sol);
 }
 
 /* The ratio of what is wrong with a proof to what is allowed: a residual r moves the contradiction by r times the size
@@ -200,4 +240,20 @@ void certificate_from_crossed_bounds(const model *m, bool is_row, int32_t index,
     sol->check.dual = 0.0;
     sol->has_dual = true;
     set_status(sol, 0.0, ZLR_SOLSTA_PRIM_INFEAS_CER, ZLR_SOLSTA_PRIM_INFEAS_CER, ZLR_PRO_PRIM_INFEAS);
+}
+
+certificate_proof certificate_check(const model *m, const check_tolerances *tol, const solution *sol)
+{
+    const bool is_ray = sol->solsta == ZLR_SOLSTA_DUAL_INFEAS_CER || sol->solsta == ZLR_SOLSTA_NEAR_DUAL_INFEAS_CER;
+    proof p;
+
+    if (is_ray) {
+        solution ray;
+        ray.xx = sol->xx;
+        ray.xc.assign(sol->xc.size(), 0.0);
+        p = prove_unbounded(m, &ray);
+    } else {
+        p = add_up(m, m->sense == ZLR_SENSE_MAX ? -1.0 : 1.0, sol);
+    }
+    return {p.value, p.residual, proof_ratio(&p, is_ray ? tol->primal : tol->dual)};
 }

@@ -20,3 +20,12 @@ bool certificate_from_primal_ray(const model *m, const check_tolerances *tol, co
 
 /* The certificate of a single row or column whose lower bound lies above its upper one. */
 void certificate_from_crossed_bounds(const model *m, bool is_row, int32_t index, solution *sol);
+
+/* What the certificate in `sol` (by its status, either kind) proves, computed anew from its arrays. */
+struct certificate_proof {
+    double value = 0.0;       /* the contradiction or the improvement, at least 0 where it proves anything */
+    double residual = 0.0;    /* largest multiplier on no side, or largest step out of a side */
+    double ratio = model_inf; /* of the residual to what is allowed; at most 1 passes, infinite: no proof at all */
+};
+
+certificate_proof certificate_check(const model *m, const check_tolerances *tol, const solution *sol);

@@ -26,12 +26,12 @@ check_tolerances check_tolerances_of(const param_set *params)
     return tol;
 }
 
-/* Row activities and the sizes of their terms. */
-struct row_sums {
-    std::vector<double> value, terms;
-};
+double check_allowed(double tolerance, double side, double terms)
+{
+    return tolerance * size_of(side) + rounding * terms;
+}
 
-static row_sums row_sums_at(const model *m, const std::vector<double> &x)
+row_sums check_row_sums(const model *m, const std::vector<double> &x)
 {
     row_sums sums;
     const auto rows = static_cast<size_t>(m->num_con);
@@ -46,13 +46,16 @@ static row_sums row_sums_at(const model *m, const std::vector<double> &x)
             sums.terms[i] += std::fabs(term);
         }
     }
+    for (const quad_row &q : m->qcon) {
+        for (const quad_term &t : q.terms) {
+            const double term =
+                (t.i == t.j ? 0.5 : 1.0) * t.value * x[static_cast<size_t>(t.i)] * x[static_cast<size_t>(t.j)];
+            sums.value[static_cast<size_t>(q.row)] += term;
+            sums.terms[static_cast<size_t>(q.row)] += std::fabs(term);
+        }
+    }
     return sums;
 }
-
-/* Reduced cost of a column and what is allowed for its residual. */
-struct reduced_cost {
-    double value, allowed;
-};
 
 static reduced_cost reduced_at(const model *m, const check_tolerances *tol, const std::vector<double> &y, size_t j)
 {
@@ -63,7 +66,17 @@ static reduced_cost reduced_at(const model *m, const check_tolerances *tol, cons
         value -= term;
         terms += std::fabs(term);
     }
-    return {value, tol->dual * size_of(m->c[j]) + rounding * terms};
+    return {value, check_allowed(tol->dual, m->c[j], terms)};
+}
+
+reduced_cost check_reduced_cost(const model *m, const check_tolerances *tol, const std::vector<double> &y, int32_t j)
+{
+    return reduced_at(m, tol, y, static_cast<size_t>(j));
+}
+
+bool check_is_at(double value, double side, double tolerance)
+{
+    return std::isfinite(side) && std::fabs(value - side) <= tolerance * size_of(side);
 }
 
 /* Puts a multiplier on the side that its sign names. `distance`: how far the point is from that side; negative when
@@ -76,7 +89,7 @@ static void put_on_side(double multiplier, double sign, double lower, double upp
 
     *on_lower = *on_upper = 0.0;
     if (multiplier == 0.0 || !std::isfinite(side)) return;
-    const bool met = !has_point || std::fabs(at - side) <= primal_tol * size_of(side);
+    const bool met = !has_point || check_is_at(at, side, primal_tol);
     if (!met && std::fabs(multiplier) <= allowed) return;
     if (wants_lower)
         *on_lower = multiplier;
@@ -90,7 +103,7 @@ void check_complete(const model *m, const check_tolerances *tol, solution *sol)
 
     for (double &v : sol->xx) v += 0.0; /* makes 0 of -0, which only puzzles who reads it */
     for (double &v : sol->y) v += 0.0;
-    if (sol->has_primal) sol->xc = row_sums_at(m, sol->xx).value;
+    if (sol->has_primal) sol->xc = check_row_sums(m, sol->xx).value;
     if (!sol->has_dual) return;
     for (size_t i = 0; i < sol->y.size(); i++)
         put_on_side(sol->y[i], sign, m->con_lower[i], m->con_upper[i], tol->dual, sol->has_primal, sol->xc[i],
@@ -102,13 +115,9 @@ void check_complete(const model *m, const check_tolerances *tol, solution *sol)
     }
 }
 
-/* The larger of what was found so far and a new residual, with the place where it is. */
-static void note(double residual, size_t place, double *largest, int32_t *worst)
-{
-    if (!(residual > *largest)) return;
-    *largest = residual;
-    *worst = static_cast<int32_t>(place);
-}
+/* ---- the residuals, one by one. `see` takes a check_residual; sizes of 0 may be among them. */
+
+static int32_t number(size_t place) { return static_cast<int32_t>(place); }
 
 static double violation(double value, double lower, double upper)
 {
@@ -120,40 +129,136 @@ static double nearer_side(double value, double lower, double upper)
     return lower - value > value - upper ? lower : upper;
 }
 
-static double check_rows(const model *m, const check_tolerances *tol, solution *sol)
+template <class see_type>
+static void each_row(const model *m, const check_tolerances *tol, const solution *sol, see_type see)
 {
-    const row_sums sums = row_sums_at(m, sol->xx);
-    double ratio = 0.0;
+    const row_sums sums = check_row_sums(m, sol->xx);
 
-    sol->check.row = 0.0;
     for (size_t i = 0; i < sums.value.size(); i++) {
         const double v = violation(sums.value[i], m->con_lower[i], m->con_upper[i]);
         if (v == 0.0) continue;
         const double side = nearer_side(sums.value[i], m->con_lower[i], m->con_upper[i]);
-        note(v, i, &sol->check.row, &sol->check.worst_row);
-        ratio = std::max(ratio, v / (tol->primal * size_of(side) + rounding * sums.terms[i]));
+        see(check_residual{CHECK_ROW, true, number(i), v, check_allowed(tol->primal, side, sums.terms[i])});
     }
+}
+
+/* Bounds, and every integer column where `integers`. */
+template <class see_type>
+static void each_column(const model *m, const check_tolerances *tol, bool integers, const solution *sol, see_type see)
+{
+    for (size_t j = 0; j < sol->xx.size(); j++) {
+        const double x = sol->xx[j];
+        const double v = violation(x, m->var_lower[j], m->var_upper[j]);
+        if (v > 0.0) {
+            const double side = nearer_side(x, m->var_lower[j], m->var_upper[j]);
+            see(check_residual{CHECK_BOUND, false, number(j), v, check_allowed(tol->primal, side, 0.0)});
+        }
+        if (!integers || m->var_type[j] != ZLR_VAR_INT) continue;
+        see(check_residual{CHECK_INTEGRALITY, false, number(j), std::fabs(x - std::round(x)), tol->integer});
+    }
+}
+
+/* A multiplier of a row, or the reduced cost of a column, against the duals of the two sides. What check_complete has
+ * left out because the side that it wants does not exist is a sign that is wrong. */
+template <class see_type>
+static void each_side(double multiplier, double sign, double lower, double upper, double on_lower, double on_upper,
+                      check_residual r, see_type see)
+{
+    const bool wants_absent =
+        (multiplier * sign > 0.0 && lower == -model_inf) || (multiplier * sign < 0.0 && upper == model_inf);
+    const bool left_out = wants_absent && on_lower == 0.0 && on_upper == 0.0;
+
+    r.what = left_out ? CHECK_SIGN : CHECK_STATIONARITY;
+    r.size = std::fabs(multiplier - on_lower + on_upper);
+    see(r);
+    r.what = CHECK_SIGN;
+    r.size = std::max({0.0, -sign * on_lower, -sign * on_upper, lower == -model_inf ? std::fabs(on_lower) : 0.0,
+                       upper == model_inf ? std::fabs(on_upper) : 0.0});
+    see(r);
+}
+
+template <class see_type>
+static void each_dual(const model *m, const check_tolerances *tol, const solution *sol, see_type see)
+{
+    const double sign = sense_sign(m);
+
+    for (size_t i = 0; i < sol->y.size(); i++)
+        each_side(sol->y[i], sign, m->con_lower[i], m->con_upper[i], sol->slc[i], sol->suc[i],
+                  {CHECK_SIGN, true, number(i), 0.0, tol->dual}, see);
+    for (size_t j = 0; j < sol->slx.size(); j++) {
+        const reduced_cost d = reduced_at(m, tol, sol->y, j);
+        each_side(d.value, sign, m->var_lower[j], m->var_upper[j], sol->slx[j], sol->sux[j],
+                  {CHECK_SIGN, false, number(j), 0.0, d.allowed}, see);
+    }
+}
+
+template <class see_type>
+static void each_product(const std::vector<double> &on_lower, const std::vector<double> &on_upper,
+                         const std::vector<double> &lower, const std::vector<double> &upper,
+                         const std::vector<double> &at, check_residual r, see_type see)
+{
+    for (size_t i = 0; i < at.size(); i++) {
+        r.index = number(i);
+        r.size = 0.0;
+        if (on_lower[i] != 0.0) r.size = std::fabs(on_lower[i] * (at[i] - lower[i]));
+        if (on_upper[i] != 0.0) r.size = std::max(r.size, std::fabs(on_upper[i] * (upper[i] - at[i])));
+        see(r);
+    }
+}
+
+/* The constant belongs to both objectives and must not make the gap look small. */
+double check_objective_size(const model *m, const solution *sol)
+{
+    const double dual = std::fabs(sol->dual_obj - m->cfix); /* infinite where a dual stands on no side */
+    return std::max({1.0, std::fabs(sol->primal_obj - m->cfix), std::isfinite(dual) ? dual : 0.0});
+}
+
+template <class see_type>
+static void each_complementarity(const model *m, const solution *sol, double allowed, see_type see)
+{
+    each_product(sol->slc, sol->suc, m->con_lower, m->con_upper, sol->xc,
+                 {CHECK_COMPLEMENTARITY, true, 0, 0.0, allowed}, see);
+    each_product(sol->slx, sol->sux, m->var_lower, m->var_upper, sol->xx,
+                 {CHECK_COMPLEMENTARITY, false, 0, 0.0, allowed}, see);
+}
+
+/* ---- what they come to */
+
+/* The larger of what was found so far and a new residual, with the place where it is. */
+static void note(const check_residual &r, double *largest, int32_t *worst)
+{
+    if (!(r.size > *largest)) return;
+    *largest = r.size;
+    *worst = r.index;
+}
+
+static double check_rows(const model *m, const check_tolerances *tol, solution *sol)
+{
+    double ratio = 0.0;
+
+    sol->check.row = 0.0;
+    each_row(m, tol, sol, [&](const check_residual &r) {
+        note(r, &sol->check.row, &sol->check.worst_row);
+        ratio = std::max(ratio, r.size / r.allowed);
+    });
     return ratio;
 }
 
 static double check_columns(const model *m, const check_tolerances *tol, bool integers, solution *sol)
 {
+    solution_check *check = &sol->check;
     double ratio = 0.0;
 
-    sol->check.bound = 0.0;
-    for (size_t j = 0; j < sol->xx.size(); j++) {
-        const double x = sol->xx[j];
-        const double v = violation(x, m->var_lower[j], m->var_upper[j]);
-        if (v > 0.0) {
-            note(v, j, &sol->check.bound, &sol->check.worst_bound);
-            ratio = std::max(ratio, v / (tol->primal * size_of(nearer_side(x, m->var_lower[j], m->var_upper[j]))));
+    check->bound = 0.0;
+    each_column(m, tol, integers, sol, [&](const check_residual &r) {
+        if (r.what == CHECK_INTEGRALITY) {
+            if (std::isnan(check->integrality)) check->integrality = 0.0;
+            note(r, &check->integrality, &check->worst_int);
+        } else {
+            note(r, &check->bound, &check->worst_bound);
         }
-        if (!integers || m->var_type[j] != ZLR_VAR_INT) continue;
-        if (std::isnan(sol->check.integrality)) sol->check.integrality = 0.0;
-        const double off = std::fabs(x - std::round(x));
-        note(off, j, &sol->check.integrality, &sol->check.worst_int);
-        ratio = std::max(ratio, off / tol->integer);
-    }
+        ratio = std::max(ratio, r.size / r.allowed);
+    });
     return ratio;
 }
 
@@ -171,28 +276,18 @@ static double check_primal(const model *m, const check_tolerances *tol, bool int
     return std::max(rows, columns);
 }
 
-/* Stationarity: what of y and of the reduced costs stands on no side; and multipliers of the wrong sign. */
+/* Stationarity and signs together. */
 static double check_dual(const model *m, const check_tolerances *tol, solution *sol)
 {
-    const double sign = sense_sign(m);
     double ratio = 0.0;
     int32_t worst_row = -1;
 
     if (!sol->has_dual || !all_finite(sol->y)) return model_inf;
     sol->check.dual = 0.0;
-    for (size_t i = 0; i < sol->y.size(); i++) {
-        const double wrong = std::max({0.0, -sign * sol->slc[i], -sign * sol->suc[i]});
-        const double rest = std::max(std::fabs(sol->y[i] - sol->slc[i] + sol->suc[i]), wrong);
-        note(rest, i, &sol->check.dual, &worst_row);
-        ratio = std::max(ratio, rest / tol->dual);
-    }
-    for (size_t j = 0; j < sol->slx.size(); j++) {
-        const reduced_cost d = reduced_at(m, tol, sol->y, j);
-        const double wrong = std::max({0.0, -sign * sol->slx[j], -sign * sol->sux[j]});
-        const double rest = std::max(std::fabs(d.value - sol->slx[j] + sol->sux[j]), wrong);
-        note(rest, j, &sol->check.dual, &sol->check.worst_dual);
-        ratio = std::max(ratio, rest / d.allowed);
-    }
+    each_dual(m, tol, sol, [&](const check_residual &r) {
+        note(r, &sol->check.dual, r.is_row ? &worst_row : &sol->check.worst_dual);
+        ratio = std::max(ratio, r.size / r.allowed);
+    });
     return ratio;
 }
 
@@ -206,28 +301,17 @@ static void add_sides(const std::vector<double> &on_lower, const std::vector<dou
         *sum += weighted(on_lower[i], lower[i]) - weighted(on_upper[i], upper[i]);
 }
 
-static double largest_product(const std::vector<double> &on_lower, const std::vector<double> &on_upper,
-                              const std::vector<double> &lower, const std::vector<double> &upper,
-                              const std::vector<double> &at)
-{
-    double largest = 0.0;
-    for (size_t i = 0; i < at.size(); i++) {
-        if (on_lower[i] != 0.0) largest = std::max(largest, std::fabs(on_lower[i] * (at[i] - lower[i])));
-        if (on_upper[i] != 0.0) largest = std::max(largest, std::fabs(on_upper[i] * (upper[i] - at[i])));
-    }
-    return largest;
-}
-
 static double check_gap(const model *m, const check_tolerances *tol, solution *sol)
 {
+    const double allowed = tol->gap * check_objective_size(m, sol);
     double terms = 0.0;
 
     for (size_t j = 0; j < sol->xx.size(); j++) terms += std::fabs(m->c[j] * sol->xx[j]);
-    sol->check.complementarity = std::max(largest_product(sol->slc, sol->suc, m->con_lower, m->con_upper, sol->xc),
-                                          largest_product(sol->slx, sol->sux, m->var_lower, m->var_upper, sol->xx));
-    /* The constant belongs to both objectives and must not make the gap look small. */
-    const double size = std::max({1.0, std::fabs(sol->primal_obj - m->cfix), std::fabs(sol->dual_obj - m->cfix)});
-    const double gap = std::fabs(sol->primal_obj - sol->dual_obj) / (tol->gap * size + rounding * terms);
+    sol->check.complementarity = 0.0;
+    each_complementarity(m, sol, allowed, [&](const check_residual &r) {
+        sol->check.complementarity = std::max(sol->check.complementarity, r.size);
+    });
+    const double gap = std::fabs(sol->primal_obj - sol->dual_obj) / (allowed + rounding * terms);
     return std::isnan(gap) ? model_inf : gap;
 }
 
@@ -245,6 +329,21 @@ check_result check_solution(const model *m, const check_tolerances *tol, bool in
     }
     if (std::isfinite(found.primal) && std::isfinite(found.dual)) found.gap = check_gap(m, tol, sol);
     return found;
+}
+
+void check_each(const model *m, const check_tolerances *tol, bool integers, const solution *sol,
+                const check_visitor &see)
+{
+    const bool primal = sol->has_primal && all_finite(sol->xx);
+    const bool dual = sol->has_dual && all_finite(sol->y);
+    const auto shown = [&](const check_residual &r) {
+        if (r.size > 0.0 && std::isfinite(r.size)) see(r);
+    };
+
+    if (primal) each_row(m, tol, sol, shown);
+    if (primal) each_column(m, tol, integers, sol, shown);
+    if (dual) each_dual(m, tol, sol, shown);
+    if (primal && dual) each_complementarity(m, sol, tol->gap * check_objective_size(m, sol), shown);
 }
 
 void check_set_status(const check_result *found, solution *sol)

@@ -9,6 +9,8 @@
 #include "solver/model/solution.h"
 #include "solver/params/params.h"
 
+#include <functional>
+
 struct check_tolerances {
     double primal = 1e-6, dual = 1e-6, gap = 1e-6, integer = 1e-6;
     double mip_rel_gap = 1e-4, mip_abs_gap = 1e-6;
@@ -34,6 +36,56 @@ void check_complete(const model *m, const check_tolerances *tol, solution *sol);
 /* Fills sol->check and the objectives, of what has_primal and has_dual say is there. `integers`: whether integrality is
  * asked for. The solution is complete. */
 check_result check_solution(const model *m, const check_tolerances *tol, bool integers, solution *sol);
+
+/* ---- single residuals, for who wants more than the largest */
+
+enum check_what {
+    CHECK_ROW,
+    CHECK_BOUND,
+    CHECK_INTEGRALITY,
+    CHECK_SIGN,         /* a dual of the wrong sign, or at a side that does not exist */
+    CHECK_STATIONARITY, /* what of a multiplier or reduced cost is not in the duals of the sides */
+    CHECK_COMPLEMENTARITY,
+    CHECK_NUM
+};
+
+/* One residual above 0: of which row or column, and what is allowed for it. */
+struct check_residual {
+    check_what what;
+    bool is_row;
+    int32_t index;
+    double size, allowed;
+};
+
+typedef std::function<void(const check_residual &)> check_visitor;
+
+/* Shows the residuals that check_solution looks at, each finite one above 0, by kind, then by number. The solution has
+ * been checked: complementarity is measured against its objectives. */
+void check_each(const model *m, const check_tolerances *tol, bool integers, const solution *sol,
+                const check_visitor &see);
+
+/* Reduced cost of a column, and what is allowed for its residual. */
+struct reduced_cost {
+    double value, allowed;
+};
+
+reduced_cost check_reduced_cost(const model *m, const check_tolerances *tol, const std::vector<double> &y, int32_t j);
+
+/* Row activities at x, and the sizes of the terms that were added up. */
+struct row_sums {
+    std::vector<double> value, terms;
+};
+
+row_sums check_row_sums(const model *m, const std::vector<double> &x);
+
+/* What a sum of `terms` may be off a side by. */
+double check_allowed(double tolerance, double side, double terms);
+
+/* What a gap between the objectives is measured against. */
+double check_objective_size(const model *m, const solution *sol);
+
+/* Whether a value stands at a side that exists. */
+bool check_is_at(double value, double side, double tolerance);
 
 /* Statuses of a checked solution of a continuous problem. */
 void check_set_status(const check_result *found, solution *sol);

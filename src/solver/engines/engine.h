@@ -12,12 +12,13 @@
 #include "zelor.h"
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
 
-inline constexpr int32_t engine_abi = 1;
+inline constexpr int32_t engine_abi = 2;
 
 enum engine_method {
     METHOD_CHOOSE = 0, /* the engine's own choice */
@@ -88,7 +89,15 @@ struct engine_progress {
     const char *phase = "";                          /* "presolve", "simplex" ...; a constant */
 };
 
+struct engine_adapter;
+struct engine_job;
+
+/* Work on an engine's thread other than a solve: see engine_session_calls. It keeps what it finds in records of its own,
+ * which it shares with who gave the order. */
+typedef std::function<void(const engine_adapter *adapter, const std::shared_ptr<engine_job> &job)> engine_work;
+
 struct engine_job {
+    engine_work work; /* done in place of a solve, where given */
     std::shared_ptr<const model> problem;
     engine_method method = METHOD_CHOOSE;
     int32_t threads = 1;
@@ -114,6 +123,31 @@ struct engine_job {
     std::shared_ptr<void> rest;
 };
 
+/* Ranging of an optimal basis. Each pair holds, for a column or a row, how far a number of the problem can go down or up
+ * before the basis changes, and the objective there. Infinite: no end. */
+struct engine_range {
+    std::vector<double> down, up, objective_down, objective_up;
+};
+
+struct engine_ranges {
+    engine_range cost, column, row; /* costs; bounds of columns and sides of rows, by activity where they are basic */
+};
+
+/* A problem that stays loaded while bounds and costs change and that is solved again from where it stood: for what asks
+ * many small questions. All calls on one session come from one thread, the job's. */
+struct engine_session;
+struct engine_session_calls {
+    /* Loads a copy of a problem, by the job's method and options. Null: refused, `message` tells. */
+    engine_session *(*open)(const std::shared_ptr<engine_job> &job, const model *problem, std::string *message);
+    void (*row_bounds)(engine_session *session, int32_t i, double lower, double upper);
+    void (*col_bounds)(engine_session *session, int32_t j, double lower, double upper);
+    void (*col_cost)(engine_session *session, int32_t j, double cost);
+    void (*solve)(engine_session *session, double time_limit_s, engine_answer *answer); /* infinite: no limit */
+    void (*forget)(engine_session *session);                        /* the next solve starts from nothing */
+    bool (*ranges)(engine_session *session, engine_ranges *ranges); /* behind a solve that ended optimal */
+    void (*close)(engine_session *session);
+};
+
 struct engine_adapter {
     int32_t abi; /* engine_abi */
     const char *name;
@@ -125,4 +159,6 @@ struct engine_adapter {
 
     /* Solves and fills job->answer (under the mutex). Runs on a thread of its own; throws nothing. */
     void (*solve)(const std::shared_ptr<engine_job> &job);
+
+    const engine_session_calls *sessions; /* null: the engine has none */
 };

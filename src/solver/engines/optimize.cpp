@@ -26,6 +26,7 @@ static void begin(optimization *o, ZLR_task *task, const engine_table *table)
     o->start = answer_to_start(&task->sol[ZLR_SOL_BAS], &task->sol[ZLR_SOL_ITR], &task->sol[ZLR_SOL_ITG]);
     o->run.ran = true;
     progress_begin(&o->watch.table, params, &task->streams);
+    if (task->trace != nullptr) o->watch.history = &task->trace->history;
 }
 
 /* The start as the first of the best: a stop may leave nothing better. */

@@ -81,6 +81,8 @@ static void engine_thread(const std::shared_ptr<engine_job> &job, const std::sha
                 refuse(job.get(), ENGINE_STOPPED, "");
             else if (!adapter->accepts(job->problem.get(), job->method))
                 refuse(job.get(), ENGINE_REFUSED, "does not take this problem by this method");
+            else if (job->work)
+                job->work(adapter, job);
             else
                 adapter->solve(job);
         }
@@ -104,6 +106,7 @@ static std::shared_ptr<engine_job> make_job(const run_order *order, const run_wa
     job->threads = order->step.threads;
     job->time_limit_s = std::isfinite(watch->deadline_s) ? seconds(watch->deadline_s - clock_now_s()) : model_inf;
     job->want_interior = order->want_interior;
+    job->work = order->work;
     job->options = order->options;
     job->start = order->start;
     job->options.insert(job->options.end(), order->step.extra.begin(), order->step.extra.end());
@@ -137,6 +140,47 @@ bool runner_start(runner *r, run_watch *watch, const std::vector<run_order> &ord
     return any;
 }
 
+static bool tells(const engine_progress *p)
+{
+    return p->iterations != 0 || p->nodes != 0 || p->has_primal || p->has_dual;
+}
+
+static progress_line line_of(const runner *r, const engine_progress *p, engine_method method)
+{
+    progress_line line;
+    line.method = plan_method_name(method);
+    line.is_integer = method == METHOD_MIP;
+    line.iterations = p->iterations;
+    line.nodes = p->nodes;
+    line.has_primal = p->has_primal;
+    line.has_dual = p->has_dual;
+    line.primal_obj = p->primal_obj;
+    line.dual_obj = p->dual_obj;
+    line.primal_infeas = p->primal_infeas;
+    line.dual_infeas = p->dual_infeas;
+    line.time_s = clock_now_s() - r->watch->start_s;
+    return line;
+}
+
+/* Keeps an engine's progress for the report. */
+static void record(const runner *r, const engine_progress *p, engine_method method)
+{
+    if (r->watch->history == nullptr || r->watch->is_aside || !tells(p)) return;
+    const progress_line line = line_of(r, p, method);
+    run_history_add(r->watch->history, &line);
+}
+
+/* Of a race every engine is recorded, for it is not known yet who will answer. */
+static void record_all(runner *r)
+{
+    if (r->watch->history == nullptr) return;
+    for (run_entry &e : r->entries) {
+        if (e.is_reported) continue;
+        const std::lock_guard<std::mutex> lock(e.job->mutex);
+        record(r, &e.job->progress, e.step.method);
+    }
+}
+
 /* Takes over what an engine has left in its job. */
 static void collect(runner *r, size_t which)
 {
@@ -155,6 +199,7 @@ static void collect(runner *r, size_t which)
     e->has_interior = job->has_interior;
     e->progress = job->progress;
     e->start_s = job->start_s;
+    record(r, &e->progress, e->step.method);
     if (!job->incumbent.empty()) e->incumbent = std::move(job->incumbent);
     job->incumbent.clear();
     e->is_reported = true;
@@ -178,38 +223,26 @@ static bool take_incumbent(run_entry *e)
 }
 
 /* The progress of the first engine that runs and has something to tell, else of the first that runs. */
-static bool leading_progress(runner *r, engine_progress *progress, const char **method, bool *is_integer)
+static bool leading_progress(runner *r, engine_progress *progress, engine_method *method)
 {
     bool found = false;
     for (run_entry &e : r->entries) {
         if (e.is_reported) continue;
         const std::lock_guard<std::mutex> lock(e.job->mutex);
-        const bool tells = e.job->progress.has_primal || e.job->progress.has_dual;
-        if (found && !tells) continue;
+        const bool has_objective = e.job->progress.has_primal || e.job->progress.has_dual;
+        if (found && !has_objective) continue;
         *progress = e.job->progress;
-        *method = plan_method_name(e.step.method);
-        *is_integer = e.step.method == METHOD_MIP;
+        *method = e.step.method;
         found = true;
-        if (tells) break;
+        if (has_objective) break;
     }
     return found;
 }
 
-static void show(runner *r, const engine_progress *p, const char *method, bool is_integer)
+static void show(runner *r, const engine_progress *p, engine_method method)
 {
-    progress_line line;
-    if (p->iterations == 0 && p->nodes == 0 && !p->has_primal && !p->has_dual) return;
-    line.method = method;
-    line.is_integer = is_integer;
-    line.iterations = p->iterations;
-    line.nodes = p->nodes;
-    line.has_primal = p->has_primal;
-    line.has_dual = p->has_dual;
-    line.primal_obj = p->primal_obj;
-    line.dual_obj = p->dual_obj;
-    line.primal_infeas = p->primal_infeas;
-    line.dual_infeas = p->dual_infeas;
-    line.time_s = clock_now_s() - r->watch->start_s;
+    if (!tells(p)) return;
+    const progress_line line = line_of(r, p, method);
     progress_show(&r->watch->table, &line, false);
 }
 
@@ -253,11 +286,11 @@ run_event runner_next(runner *r, size_t *which)
         if (!any) return RUN_END;
 
         engine_progress progress;
-        const char *method = "";
-        bool is_integer = false;
-        const bool found = leading_progress(r, &progress, &method, &is_integer);
+        engine_method method = METHOD_CHOOSE;
+        const bool found = leading_progress(r, &progress, &method);
+        record_all(r);
         if (watch_poll(r->watch, found ? &progress : nullptr)) return RUN_STOP;
-        if (found) show(r, &progress, method, is_integer);
+        if (found) show(r, &progress, method);
         wait_a_while(r, std::min(runner_poll_s, r->watch->deadline_s - clock_now_s()));
     }
 }

@@ -11,6 +11,7 @@
 #include "solver/engines/table.h"
 #include "solver/model/task.h"
 #include "solver/report/progress.h"
+#include "solver/report/run_history.h"
 
 #include <condition_variable>
 #include <memory>
@@ -26,6 +27,7 @@ inline constexpr double runner_awake_s = 0.005; /* see wait_a_while */
 struct run_watch {
     ZLR_task *task = nullptr;
     progress_table table;
+    run_history *history = nullptr; /* the task's, where a report is asked for */
     double start_s = 0.0;
     double deadline_s = model_inf;  /* by clock_now_s */
     int32_t stop_code = ZLR_RES_OK; /* not 0 once a stop or the time limit was seen */
@@ -43,6 +45,7 @@ struct run_order {
     std::vector<engine_option> options; /* the user's; those of the step come after and win */
     engine_start start;
     bool want_interior = false;
+    engine_work work; /* in place of a solve */
 };
 
 struct run_entry {

@@ -1,4 +1,4 @@
-/* bytes.cpp - see bytes.h. Sources, then sinks. */
+/* bytes.cpp - see bytes.h. Sources, then sinks, then appending. */
 #include "solver/io/bytes.h"
 
 #include "cpub/sysfile.h"
@@ -7,9 +7,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <cmath>
 #include <cstring>
 #include <memory>
+#include <thread>
 
 /* ---- Sources ------------------------------------------------------------------------------------------------------- */
 
@@ -229,4 +231,67 @@ int32_t sink_whole_file(sysenv *sys, const char *target, bool sync, std::string_
     if (res != ZLR_RES_OK) return res;
     sink_text(sink, text);
     return sink_close(&sink, true);
+}
+
+/* ---- Appending ----------------------------------------------------------------------------------------------------- */
+
+namespace
+{
+/* Whether a text file ends in the middle of a line. */
+bool ends_in_cut_line(sysenv *sys, const char *name)
+{
+    sysfile_t *file = nullptr;
+    int32_t res = SYSFILE_OK;
+    char last = '\n';
+
+    if (!os_can_reopen(name)) return false;
+    sysenv_fopen(sys, name, 0, 1, 0, 0, SYSFILE_PLAIN, 0, &file, &res);
+    if (res != SYSFILE_OK) return false;
+    if (std::fseek(file->state->fp, -1, SEEK_END) == 0) (void)sysenv_freadcount(file, &last, 1, &res);
+    (void)sysenv_fclose(&file);
+    return last != '\n';
+}
+
+/* The same, told from a line that another process is about to write: its size grows as its pages are filled. */
+bool stays_cut(sysenv *sys, const char *name)
+{
+    for (int attempt = 0; attempt < 10; ++attempt) {
+        if (!ends_in_cut_line(sys, name)) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return true;
+}
+
+std::string with_line_ends(std::string_view text)
+{
+    std::string out;
+    for (const char c : text) {
+        if (c == '\n' && os_text_crlf) out += '\r';
+        out += c;
+    }
+    return out;
+}
+}  // namespace
+
+int32_t file_append(sysenv *sys, const char *target, bool sync, std::string_view text)
+{
+    const bool is_gzip = ends_in_gz(target);
+    sysfile_t *file = nullptr;
+    int32_t res = SYSFILE_OK;
+
+    const std::string bytes =
+        with_line_ends(!is_gzip && stays_cut(sys, target) ? "\n" + std::string(text) : std::string(text));
+    errno = 0;
+    sysenv_fopen(sys, target, 0, 0, 1, 1, is_gzip ? SYSFILE_GZIP : SYSFILE_PLAIN, gzip_level, &file, &res);
+    if (res != SYSFILE_OK) {
+        if (res == SYSFILE_BADNAME) errno = EILSEQ;
+        return res == SYSFILE_NOMEM ? ZLR_RES_ERR_SPACE : ZLR_RES_ERR_FILE_OPEN;
+    }
+    sysenv_fwrite(file, bytes.data(), 1, bytes.size(), &res);
+    if (res == SYSFILE_OK) res = sync || is_gzip ? sysenv_ffinish(file) : sysenv_fflush(file);
+    const int why = errno;
+    if (res != SYSFILE_OK) (void)sysenv_frewind(file); /* drops what waits: closing would write it a second time */
+    (void)sysenv_fclose(&file);
+    errno = why;
+    return res == SYSFILE_OK ? ZLR_RES_OK : ZLR_RES_ERR_FILE_WRITE;
 }

@@ -56,3 +56,9 @@ int32_t sink_int(byte_sink *sink, int64_t value);
 
 /* Writes a whole text to a target in one go. */
 [[nodiscard]] int32_t sink_whole_file(sysenv *sys, const char *target, bool sync, std::string_view text);
+
+/* Appends a text of at most a stream's buffer to a file, which is created where it is not there, by one write to a
+ * descriptor opened for append: texts of several processes do not mix. A last line that an earlier failure has cut is
+ * ended first, where the file is not compressed. ZLR_RES_ERR_FILE_OPEN, ZLR_RES_ERR_FILE_WRITE (errno tells why);
+ * ZLR_RES_ERR_SPACE. */
+[[nodiscard]] int32_t file_append(sysenv *sys, const char *target, bool sync, std::string_view text);

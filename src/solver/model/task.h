@@ -5,6 +5,7 @@
 #include "solver/model/model.h"
 #include "solver/model/solution.h"
 #include "solver/params/params.h"
+#include "solver/report/run_trace.h"
 #include "solver/report/streams.h"
 #include "zelor.h"
 
@@ -36,6 +37,15 @@ struct run_record {
     double relative_gap = std::numeric_limits<double>::quiet_NaN();
     double time_start_s = 0.0, time_solve_s = 0.0, time_check_s = 0.0, time_total_s = 0.0;
     int32_t threads = 1;
+    int64_t ended_ms = 0; /* when, in milliseconds since 1970, UTC */
+};
+
+/* What statistics have collected; see ZLR_startstat. An optimisation goes into a file once. */
+struct stat_record {
+    bool is_collecting = false;
+    std::vector<std::string> waiting; /* lines of collected optimisations that no file has yet, oldest first */
+    bool last_waits = false;          /* the newest of them is about the last optimisation */
+    bool last_is_written = false;     /* a file has the last optimisation */
 };
 
 struct ZLR_task {
@@ -48,8 +58,10 @@ struct ZLR_task {
     ZLR_callbackfunc callback = nullptr;
     void *callback_handle = nullptr;
     run_record run;
-    std::string data_file;    /* where the problem was read from, for reports */
-    int32_t data_format = -1; /* format it was read in, an index of the format table; -1 none */
+    stat_record stat;
+    std::unique_ptr<run_trace> trace; /* null but for an optimisation with REPORT_FILE; see html_report.h */
+    std::string data_file;            /* where the problem was read from, for reports */
+    int32_t data_format = -1;         /* format it was read in, an index of the format table; -1 none */
     double read_time_s = 0.0;
 };
 

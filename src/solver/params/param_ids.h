@@ -21,7 +21,8 @@ enum {
     DPAR_CHECK_TOL = 13, /* what the check of an answer takes, relative */
     DPAR_MIP_HEURISTIC_EFFORT = 14,
     DPAR_SIMPLEX_COST_PERTURBATION = 15,
-    DPAR_SIMPLEX_BOUND_PERTURBATION = 16
+    DPAR_SIMPLEX_BOUND_PERTURBATION = 16,
+    DPAR_ANALYZE_INFEAS_TIME_LIMIT = 17 /* seconds for making an infeasible subproblem small */
 };
 
 /* integer */
@@ -55,6 +56,8 @@ enum {
     IPAR_MIP_RINS = 26,
     IPAR_MIP_RENS = 27,
     IPAR_WRITE_SYNC = 28,                                    /* written files are on the disk when a call returns */
+    IPAR_ANALYZE_DETAIL = 29,                                /* how much the analyses print */
+    IPAR_ANALYZE_INFEAS_EFFORT = 30,                         /* how far an infeasible subproblem is made small */
     IPAR_LOG_LEVEL = ZLR_IPAR_LOG_LEVEL,                     /* 34 */
     IPAR_PARAM_IGNORE_ERRORS = ZLR_IPAR_PARAM_IGNORE_ERRORS, /* 92 */
     IPAR_SENSITIVITY_ALL = ZLR_IPAR_SENSITIVITY_ALL          /* 112 */
@@ -70,7 +73,9 @@ enum {
     SPAR_PARAM_WRITE_FILE = ZLR_SPAR_PARAM_WRITE_FILE,         /* 8 */
     SPAR_SENSITIVITY_FILE = ZLR_SPAR_SENSITIVITY_FILE,         /* 14 */
     SPAR_SENSITIVITY_RES_FILE = ZLR_SPAR_SENSITIVITY_RES_FILE, /* 15 */
-    SPAR_STAT_LABEL = ZLR_SPAR_STAT_LABEL                      /* 20 */
+    SPAR_STAT_LABEL = ZLR_SPAR_STAT_LABEL,                     /* 20 */
+    SPAR_STAT_FILE = 21,
+    SPAR_REPORT_FILE = 22
 };
 
 /* Values of OPTIMIZER. */
@@ -88,6 +93,12 @@ enum { PRESOLVE_OFF = 0, PRESOLVE_ON = 1, PRESOLVE_CHOOSE = 2 };
 
 /* Values of READ_MPS_FORMAT. */
 enum { MPS_AUTO = 0, MPS_FREE = 1, MPS_FIXED = 2 };
+
+/* Values of ANALYZE_DETAIL. */
+enum { ANALYSIS_SCREEN = 0, ANALYSIS_FULL = 1 };
+
+/* Values of ANALYZE_INFEAS_EFFORT. */
+enum { INFEAS_CERTIFICATE = 0, INFEAS_IRREDUCIBLE = 1 };
 
 /* Values of WRITE_LP_RANGES. */
 enum { LP_RANGES_KEEP = 0, LP_RANGES_SPLIT = 1 };

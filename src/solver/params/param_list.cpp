@@ -19,8 +19,8 @@ static const param_group groups[] = {
     {"PDLP_", "First-order method"},
     {"MIP_", "Integer problems"},
     {"DATA_TOL_ BOUND_ READ_ WRITE_", "Data and problem files"},
-    {"SENSITIVITY_", "Sensitivity"},
-    {"DATA_FILE BAS_ ITR_ INT_ PARAM_ RESULT_ LOG_ STAT_", "Files, logs and reports"},
+    {"ANALYZE_ SENSITIVITY_", "Analyses"},
+    {"DATA_FILE BAS_ ITR_ INT_ PARAM_ RESULT_ LOG_ STAT_ REPORT_", "Files, logs and reports"},
 };
 
 static bool begins_with_one_of(const char *name, const char *words)

@@ -68,6 +68,8 @@ static constexpr param_row rows[] = {
     DOU(DPAR_SIMPLEX_BOUND_PERTURBATION, "SIMPLEX_BOUND_PERTURBATION", 1.0, 0.0, inf, "",
         "highs:primal_simplex_bound_perturbation_multiplier",
         "Factor on the primal simplex's perturbation of bounds; 0: none"),
+    DOU(DPAR_ANALYZE_INFEAS_TIME_LIMIT, "ANALYZE_INFEAS_TIME_LIMIT", 60.0, 0.0, inf, "s", nullptr,
+        "Seconds for reducing an infeasible subproblem; the smallest found so far is returned"),
 
     WORD(IPAR_OPTIMIZER, "OPTIMIZER", OPTIMIZER_FREE, 0, 5,
          "FREE=0 INTPNT=1 DUAL_SIMPLEX=2 PRIMAL_SIMPLEX=3 HIPO=4 PDLP=5", nullptr,
@@ -130,6 +132,10 @@ static constexpr param_row rows[] = {
          "Heuristic: search among the roundings of the relaxation"),
     WORD(IPAR_WRITE_SYNC, "WRITE_SYNC", 1, 0, 1, off_on, nullptr,
          "Whether a written file is on the disk before it gets its name; OFF is faster, and a power cut may cost it"),
+    WORD(IPAR_ANALYZE_DETAIL, "ANALYZE_DETAIL", ANALYSIS_SCREEN, 0, 1, "SCREEN=0 FULL=1", nullptr,
+         "Analyses of problem and solution: a screen, or all names and classes"),
+    WORD(IPAR_ANALYZE_INFEAS_EFFORT, "ANALYZE_INFEAS_EFFORT", INFEAS_IRREDUCIBLE, 0, 1, "CERTIFICATE=0 IRREDUCIBLE=1", nullptr,
+         "Infeasible subproblem: what the certificate names, or reduced until each member is needed"),
     INT(IPAR_LOG_LEVEL, "LOG_LEVEL", 10, 0, 10, "", nullptr,
         "How much an optimisation prints; 0: nothing"),
     WORD(IPAR_PARAM_IGNORE_ERRORS, "PARAM_IGNORE_ERRORS", 0, 0, 1, off_on, nullptr,
@@ -147,6 +153,8 @@ static constexpr param_row rows[] = {
     STR(SPAR_SENSITIVITY_FILE, "SENSITIVITY_FILE", "", "File that tells what to analyse for sensitivity"),
     STR(SPAR_SENSITIVITY_RES_FILE, "SENSITIVITY_RES_FILE", "", "File that the sensitivity report is written to"),
     STR(SPAR_STAT_LABEL, "STAT_LABEL", "", "Label of a run, in RESULT_FILE and in statistics"),
+    STR(SPAR_STAT_FILE, "STAT_FILE", "", "File that statistics are appended to, one JSON object a line"),
+    STR(SPAR_REPORT_FILE, "REPORT_FILE", "", "HTML file that reports a run, written after each optimisation"),
 };
 // clang-format on
 

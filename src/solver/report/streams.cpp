@@ -1,6 +1,8 @@
-/* streams.cpp - see streams.h. Nothing here allocates but the formatting of texts longer than a line or two, so that
- * "out of memory" can still be told. */
+/* streams.cpp - see streams.h. Nothing here allocates but the formatting of texts longer than a line or two and the
+ * capture, which does without where there is no memory; so that "out of memory" can still be told. */
 #include "solver/report/streams.h"
+
+#include "solver/report/stream_capture.h"
 
 #include <cstdlib>
 
@@ -17,6 +19,7 @@ static void out_write(stream_out *out, const char *text)
 bool streams_linked(const stream_set *set, int32_t stream)
 {
     if (stream < 0 || stream >= ZLR_STREAM_COUNT) return false;
+    if (set->capture != nullptr) return true;
     const stream_out *own = &set->out[stream];
     const stream_out *log = &set->out[ZLR_STREAM_LOG];
     return own->func != nullptr || own->file != nullptr || log->func != nullptr || log->file != nullptr;
@@ -27,6 +30,7 @@ void streams_write(stream_set *set, int32_t stream, const char *text)
     if (stream < 0 || stream >= ZLR_STREAM_COUNT || text == nullptr) return;
     out_write(&set->out[stream], text);
     if (stream != ZLR_STREAM_LOG) out_write(&set->out[ZLR_STREAM_LOG], text);
+    if (set->capture != nullptr) stream_capture_add(set->capture, text);
 }
 
 void streams_vprintf(stream_set *set, int32_t stream, const char *format, va_list args)

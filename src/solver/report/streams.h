@@ -1,7 +1,8 @@
 /* streams.h - text on its way out of the library.
  *
  * A set has four streams: log, message, error, warning. Text written to one of the last three goes to the log as well,
- * so that the log is their union. A stream may have a function and a file at once. The set owns its files. */
+ * so that the log is their union. A stream may have a function and a file at once. The set owns its files, and not the
+ * capture, which gets a copy of the log while one is set. */
 #pragma once
 
 #include "zelor.h"
@@ -16,8 +17,11 @@ struct stream_out {
     std::FILE *file = nullptr;
 };
 
+struct stream_capture;
+
 struct stream_set {
     stream_out out[ZLR_STREAM_COUNT];
+    stream_capture *capture = nullptr;
 };
 
 /* True when text written to `stream` would reach anybody: spares composing what nobody reads. */

@@ -69,38 +69,46 @@ static std::string list_counts(std::initializer_list<std::pair<int64_t, const ch
     return text;
 }
 
-static void add_sizes(const model *m, std::string *text)
+std::string summary_rows(const model *m)
 {
     const key_counts rows = count_keys(m->con_lower, m->con_upper);
-    const key_counts cols = count_keys(m->var_lower, m->var_upper);
+    return list_counts({{rows.num[ZLR_BK_FX], "equal"},
+                        {rows.num[ZLR_BK_LO] + rows.num[ZLR_BK_UP], "one-sided"},
+                        {rows.num[ZLR_BK_RA], "ranged"},
+                        {rows.num[ZLR_BK_FR], "free"},
+                        {static_cast<int64_t>(m->qcon.size()), "quadratic"}});
+}
 
+std::string summary_columns(const model *m)
+{
+    const key_counts cols = count_keys(m->var_lower, m->var_upper);
     int32_t num_binary = 0;
     for (size_t j = 0; j < m->var_type.size(); ++j)
         if (m->var_type[j] == ZLR_VAR_INT && m->var_lower[j] == 0.0 && m->var_upper[j] == 1.0) ++num_binary;
+    return list_counts({{model_num_int(m) - num_binary, "integer"},
+                        {num_binary, "binary"},
+                        {m->num_var - model_num_int(m), "continuous"},
+                        {cols.num[ZLR_BK_FR], "free"},
+                        {cols.num[ZLR_BK_FX], "fixed"}});
+}
 
+std::string summary_nonzeros(const model *m)
+{
     const double cells = static_cast<double>(m->num_con) * static_cast<double>(m->num_var);
-    const auto num_nz = model_num_nz(m);
-    const double density = cells > 0.0 ? 100.0 * static_cast<double>(num_nz) / cells : 0.0;
+    const double density = cells > 0.0 ? 100.0 * static_cast<double>(model_num_nz(m)) / cells : 0.0;
     int64_t num_q = static_cast<int64_t>(m->qobj.size());
     for (const quad_row &row : m->qcon) num_q += static_cast<int64_t>(row.terms.size());
 
-    text_append(text, "  Rows       %-10d %s\n", m->num_con,
-                list_counts({{rows.num[ZLR_BK_FX], "equal"},
-                             {rows.num[ZLR_BK_LO] + rows.num[ZLR_BK_UP], "one-sided"},
-                             {rows.num[ZLR_BK_RA], "ranged"},
-                             {rows.num[ZLR_BK_FR], "free"},
-                             {static_cast<int64_t>(m->qcon.size()), "quadratic"}})
-                    .c_str());
-    text_append(text, "  Columns    %-10d %s\n", m->num_var,
-                list_counts({{model_num_int(m) - num_binary, "integer"},
-                             {num_binary, "binary"},
-                             {m->num_var - model_num_int(m), "continuous"},
-                             {cols.num[ZLR_BK_FR], "free"},
-                             {cols.num[ZLR_BK_FX], "fixed"}})
-                    .c_str());
-    text_append(text, "  Nonzeros   %-10" PRId64 " density %.2g %%", num_nz, density);
-    if (num_q > 0) text_append(text, ", %" PRId64 " quadratic terms", num_q);
-    *text += "\n";
+    std::string text = text_format("density %.*g %%", density < 99.5 ? 2 : 3, density); /* not 1e+02 */
+    if (num_q > 0) text_append(&text, ", %" PRId64 " quadratic terms", num_q);
+    return text;
+}
+
+static void add_sizes(const model *m, std::string *text)
+{
+    text_append(text, "  Rows       %-10d %s\n", m->num_con, summary_rows(m).c_str());
+    text_append(text, "  Columns    %-10d %s\n", m->num_var, summary_columns(m).c_str());
+    text_append(text, "  Nonzeros   %-10" PRId64 " %s\n", model_num_nz(m), summary_nonzeros(m).c_str());
 }
 
 void summary_read(const ZLR_task *task, stream_set *out, int32_t stream)
@@ -157,8 +165,7 @@ static void add_check(const model *m, const solution_check *check, std::string *
     if (any) text_append(text, "%s\n", line.c_str());
 }
 
-/* What a certificate means, in place of objectives; null for a status that has a point to show. */
-static const char *certificate_text(int32_t kind, int32_t solsta)
+const char *summary_certificate(int32_t kind, int32_t solsta)
 {
     switch (solsta) {
     case ZLR_SOLSTA_PRIM_INFEAS_CER:
@@ -173,7 +180,7 @@ static const char *certificate_text(int32_t kind, int32_t solsta)
 
 static void add_objectives(const ZLR_task *task, int32_t kind, const solution *sol, std::string *text)
 {
-    if (const char *meaning = certificate_text(kind, sol->solsta); meaning != nullptr) {
+    if (const char *meaning = summary_certificate(kind, sol->solsta); meaning != nullptr) {
         text_append(text, "  %s\n", meaning);
         return;
     }
@@ -216,6 +223,16 @@ static const char *idle_text(const run_record *run)
     return run->return_code == ZLR_RES_OK ? "none: solved by presolve" : "none that was counted";
 }
 
+std::string summary_work(const run_record *run)
+{
+    const std::string work = list_counts({{run->simplex_iterations, "simplex iterations"},
+                                          {run->ipm_iterations, "interior-point iterations"},
+                                          {run->crossover_iterations, "crossover steps"},
+                                          {run->pdlp_iterations, "first-order iterations"},
+                                          {run->nodes, "nodes"}});
+    return work.empty() ? idle_text(run) : work;
+}
+
 void summary_optimizer(const ZLR_task *task, stream_set *out, int32_t stream)
 {
     const run_record *run = &task->run;
@@ -231,12 +248,7 @@ void summary_optimizer(const ZLR_task *task, stream_set *out, int32_t stream)
     text_append(&text, ", %d %s\n", run->threads, run->threads == 1 ? "thread" : "threads");
     if (!run->remark.empty()) text_append(&text, "  Remark     %s\n", run->remark.c_str());
 
-    const std::string work = list_counts({{run->simplex_iterations, "simplex iterations"},
-                                          {run->ipm_iterations, "interior-point iterations"},
-                                          {run->crossover_iterations, "crossover steps"},
-                                          {run->pdlp_iterations, "first-order iterations"},
-                                          {run->nodes, "nodes"}});
-    text_append(&text, "  Work       %s\n", work.empty() ? idle_text(run) : work.c_str());
+    text_append(&text, "  Work       %s\n", summary_work(run).c_str());
     text_append(&text, "  Time       %.2f s (start %.2f, solve %.2f, check %.2f)\n", run->time_total_s,
                 run->time_start_s, run->time_solve_s, run->time_check_s);
     if (run->return_code != ZLR_RES_OK) {

@@ -6,3 +6,13 @@
 void summary_read(const ZLR_task *task, stream_set *out, int32_t stream);
 void summary_solution(const ZLR_task *task, stream_set *out, int32_t stream);
 void summary_optimizer(const ZLR_task *task, stream_set *out, int32_t stream);
+
+/* Pieces of them, for other reports: "8 equal, 19 one-sided"; "3 integer, 2 binary"; "density 0.5 %"; "6 simplex
+ * iterations, 2 nodes", or why there were none. */
+std::string summary_rows(const model *m);
+std::string summary_columns(const model *m);
+std::string summary_nonzeros(const model *m);
+std::string summary_work(const run_record *run);
+
+/* What a certificate means, in place of objectives; null for a status that has a point to show. */
+const char *summary_certificate(int32_t kind, int32_t solsta);

@@ -247,9 +247,6 @@ TEST_F(interface, absent_entries_say_so_and_return_their_code)
 {
     std::string err;
     ASSERT_EQ(ZLR_linkfunctotaskstream(task, ZLR_STREAM_ERR, &err, collect), 0);
-    ZLR_task *sub = task;
-    EXPECT_EQ(ZLR_getinfeasiblesubproblem(task, 1, &sub), ZLR_RES_ERR_NOT_AVAILABLE);
-    EXPECT_EQ(sub, nullptr);
     EXPECT_EQ(ZLR_toconic(task), ZLR_RES_ERR_NOT_AVAILABLE);
     EXPECT_NE(err.find("conic form is not available in this version"), std::string::npos);
 }

@@ -27,7 +27,7 @@ static void fake_run(const std::shared_ptr<engine_job> &job)
     num_ended++;
 }
 
-static const engine_adapter fake_adapter = {engine_abi, "Fake", fake_version, "none", fake_accepts, fake_run};
+static const engine_adapter fake_adapter = {engine_abi, "Fake", fake_version, "none", fake_accepts, fake_run, nullptr};
 
 static const engine_adapter *load_fake(const char *, std::string *) { return &fake_adapter; }
 static const engine_adapter *load_nothing(const char *, std::string *message)

@@ -1,8 +1,8 @@
 /* The JSON result: every field of the schema is there whatever the outcome, and what does not exist is null. */
 #include "solver/report/result_file.h"
+#include "support/json_schema.h"
 #include "support/sys.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
@@ -65,53 +65,18 @@ protected:
     ZLR_task task;
 };
 
-/* As much of JSON Schema as our schema uses: required, properties, type, items, enum, const; no field beside those named.*/
-static void validate(const json &schema, const json &value, const std::string &where)
-{
-    if (schema.contains("const")) {
-        EXPECT_EQ(value, schema["const"]) << where;
-    }
-    if (schema.contains("enum")) {
-        const json &words = schema["enum"];
-        EXPECT_NE(std::find(words.begin(), words.end(), value), words.end()) << where << ": " << value;
-    }
-    if (schema.contains("type")) {
-        json types = schema["type"].is_array() ? schema["type"] : json::array({schema["type"]});
-        const std::string type = value.is_number_integer() ? "integer" : value.type_name();
-        bool fits = std::find(types.begin(), types.end(), type) != types.end();
-        fits = fits || (value.is_number() && std::find(types.begin(), types.end(), "number") != types.end());
-        EXPECT_TRUE(fits) << where << ": " << value << " is no " << types;
-    }
-    if (value.is_object() && schema.contains("properties")) {
-        for (const auto &key : schema.value("required", json::array()))
-            EXPECT_TRUE(value.contains(key.get<std::string>())) << where << " lacks " << key;
-        for (const auto &[key, item] : value.items()) {
-            EXPECT_TRUE(schema["properties"].contains(key)) << where << "." << key << " is not in the schema";
-            if (schema["properties"].contains(key)) validate(schema["properties"][key], item, where + "." + key);
-        }
-    }
-    if (value.is_array() && schema.contains("items"))
-        for (const json &item : value) validate(schema["items"], item, where + "[]");
-}
-
-static json committed_schema()
-{
-    std::ifstream in(ZELOR_SOURCE_DIR "/docs/result.schema.json");
-    return json::parse(in);
-}
-
 TEST_F(result_file, follows_the_committed_schema_whatever_the_outcome)
 {
-    const json schema = committed_schema();
-    validate(schema, result(ZLR_RES_ERR_NO_ENGINE), "no solution");
-    validate(schema, result(4711), "unknown code");
+    const json schema = committed_schema("result.schema.json");
+    expect_schema(schema, result(ZLR_RES_ERR_NO_ENGINE), "no solution");
+    expect_schema(schema, result(4711), "unknown code");
     fill(ZLR_SOL_BAS, ZLR_SOLSTA_OPTIMAL);
     ASSERT_EQ(param_put_int(&task.params, IPAR_RESULT_SOLUTION, 1, &task.streams), ZLR_RES_OK);
     for (int32_t status = 0; status <= ZLR_SOLSTA_NEAR_INTEGER_OPTIMAL; status++) {
         task.sol[ZLR_SOL_BAS].solsta = status;
         task.sol[ZLR_SOL_BAS].prosta = status % 9;
         if (status > ZLR_SOLSTA_NEAR_DUAL_INFEAS_CER && status < ZLR_SOLSTA_INTEGER_OPTIMAL) continue;
-        validate(schema, result(ZLR_RES_OK), "status " + std::to_string(status));
+        expect_schema(schema, result(ZLR_RES_OK), "status " + std::to_string(status));
     }
 }
 

@@ -21,15 +21,12 @@ static bool accepts(const model *problem, engine_method method)
     return (method == METHOD_MIP) == has_integers(problem) || method == METHOD_CHOOSE;
 }
 
-static bool is_stopped(const highs_session *s) { return s->job->stop.load() || s->job->left.load(); }
-
-/* Makes the engine and hands everything over; false with the answer's status set where it is refused. */
-static bool open_session(highs_session *s, engine_answer *answer)
+bool highs_open(highs_session *s, engine_answer *answer)
 {
     const auto begin = std::chrono::steady_clock::now();
     const engine_method method = s->job->method;
 
-    s->is_mip = method == METHOD_MIP || (method == METHOD_CHOOSE && has_integers(s->job->problem.get()));
+    s->is_mip = method == METHOD_MIP || (method == METHOD_CHOOSE && has_integers(s->problem.get()));
     s->highs = Highs_create();
     highs_watch(s); /* before the model is passed: its errors are told through the log */
     if (!highs_set_options(s, answer) || !highs_pass_model(s, answer)) return false;
@@ -39,7 +36,7 @@ static bool open_session(highs_session *s, engine_answer *answer)
         s->job->start_s = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     }
     answer->status = ENGINE_STOPPED; /* until there is more to say */
-    return !is_stopped(s);
+    return !highs_is_stopped(s);
 }
 
 /* Turns what is thrown on the way into a status. Nothing may leave an engine's thread. */
@@ -69,8 +66,9 @@ static void solve_interior(const std::shared_ptr<engine_job> &job)
     guard(&answer, [&] {
         highs_session s;
         s.job = job;
+        s.problem = job->problem;
         s.is_second = true;
-        if (!open_session(&s, &answer)) return;
+        if (!highs_open(&s, &answer)) return;
         (void)Highs_setStringOptionValue(s.highs, "run_crossover", "off");
         (void)Highs_run(s.highs);
         highs_get_answer(&s, &answer);
@@ -96,7 +94,7 @@ static void solve_both(highs_session *s, engine_answer *answer)
     }
     if (s->job->threads < 2) {
         solve_interior(s->job);
-        if (!is_stopped(s)) run_and_answer(s, answer);
+        if (!highs_is_stopped(s)) run_and_answer(s, answer);
         return;
     }
     std::thread second(solve_interior, s->job);
@@ -109,7 +107,7 @@ static void solve_both(highs_session *s, engine_answer *answer)
 static void solve_first_order(highs_session *s, engine_answer *answer)
 {
     run_and_answer(s, answer);
-    if (!s->crossover || answer->x.empty() || answer->status != ENGINE_OPTIMAL || is_stopped(s)) return;
+    if (!s->crossover || answer->x.empty() || answer->status != ENGINE_OPTIMAL || highs_is_stopped(s)) return;
     highs_set_basis_from_point(s, answer);
     (void)Highs_setStringOptionValue(s->highs, "solver", "simplex");
     engine_answer basic;
@@ -121,7 +119,7 @@ static void solve_first_order(highs_session *s, engine_answer *answer)
 
 static void solve_session(highs_session *s, engine_answer *answer)
 {
-    if (!open_session(s, answer)) return;
+    if (!highs_open(s, answer)) return;
     const engine_method method = s->job->method;
     if (method == METHOD_PDLP)
         solve_first_order(s, answer);
@@ -129,7 +127,7 @@ static void solve_session(highs_session *s, engine_answer *answer)
         solve_both(s, answer);
     else
         run_and_answer(s, answer);
-    if (!s->is_mip && !is_stopped(s)) highs_get_rays(s, answer);
+    if (!s->is_mip && !highs_is_stopped(s)) highs_get_rays(s, answer);
 }
 
 static void solve(const std::shared_ptr<engine_job> &job)
@@ -139,6 +137,7 @@ static void solve(const std::shared_ptr<engine_job> &job)
         const auto session = std::make_shared<highs_session>();
         job->rest = session;
         session->job = job;
+        session->problem = job->problem;
         solve_session(session.get(), &answer);
     });
     const std::lock_guard<std::mutex> lock(job->mutex);
@@ -147,5 +146,5 @@ static void solve(const std::shared_ptr<engine_job> &job)
 
 extern "C" {
 extern __attribute__((visibility("default"))) const engine_adapter zelor_engine;
-const engine_adapter zelor_engine = {engine_abi, "HiGHS", version, "MIT", accepts, solve};
+const engine_adapter zelor_engine = {engine_abi, "HiGHS", version, "MIT", accepts, solve, &highs_session_calls};
 }

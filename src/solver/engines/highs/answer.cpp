@@ -64,7 +64,7 @@ static int32_t key_of(HighsInt status, double lower, double upper)
 
 static void get_basis(highs_session *s, engine_answer *a)
 {
-    const model *m = s->job->problem.get();
+    const model *m = s->problem.get();
     if (info_int(s->highs, "basis_validity") != kHighsBasisValidityValid) return;
     std::vector<HighsInt> col(static_cast<size_t>(m->num_var)), row(static_cast<size_t>(m->num_con));
     if (Highs_getBasis(s->highs, col.data(), row.data()) != kHighsStatusOk) return;
@@ -77,7 +77,7 @@ static void get_basis(highs_session *s, engine_answer *a)
 /* Vectors are taken only where HiGHS says that it has them: otherwise its arrays are zeros that look like a point. */
 static void get_vectors(highs_session *s, engine_answer *a)
 {
-    const model *m = s->job->problem.get();
+    const model *m = s->problem.get();
     const auto n = static_cast<size_t>(m->num_var);
     const auto k = static_cast<size_t>(m->num_con);
     std::vector<double> activity(k);
@@ -112,7 +112,7 @@ void highs_get_answer(highs_session *s, engine_answer *answer)
 
 void highs_get_rays(highs_session *s, engine_answer *answer)
 {
-    const model *m = s->job->problem.get();
+    const model *m = s->problem.get();
     HighsInt has = 0;
 
     if (answer->status == ENGINE_PRIMAL_INFEASIBLE) {

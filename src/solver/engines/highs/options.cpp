@@ -119,7 +119,7 @@ static HighsInt pass_arrays(void *h, const model *m, const std::vector<HighsInt>
 bool highs_pass_model(highs_session *s, engine_answer *answer)
 {
     static_assert(sizeof(HighsInt) == sizeof(int32_t), "a HiGHS with 64-bit indices needs converted arrays");
-    const model *m = s->job->problem.get();
+    const model *m = s->problem.get();
 
     if (m->a.row.size() > static_cast<size_t>(INT32_MAX))
         return refuse(answer, "takes no more than 2147483647 nonzeros");
@@ -148,7 +148,7 @@ static HighsInt basis_status(int32_t key, double lower, double upper)
 
 static void pass_basis(highs_session *s)
 {
-    const model *m = s->job->problem.get();
+    const model *m = s->problem.get();
     const engine_start &start = s->job->start;
     std::vector<HighsInt> col(start.col_key.size()), row(start.row_key.size());
 
@@ -159,7 +159,7 @@ static void pass_basis(highs_session *s)
 
 void highs_pass_start(highs_session *s)
 {
-    const model *m = s->job->problem.get();
+    const model *m = s->problem.get();
     const engine_start &start = s->job->start;
     const bool simplex = s->job->method == METHOD_DUAL_SIMPLEX || s->job->method == METHOD_PRIMAL_SIMPLEX ||
                          s->job->method == METHOD_CHOOSE;
@@ -180,7 +180,7 @@ static HighsInt status_near(double value, double lower, double upper)
 
 void highs_set_basis_from_point(highs_session *s, const engine_answer *point)
 {
-    const model *m = s->job->problem.get();
+    const model *m = s->problem.get();
     std::vector<double> activity(static_cast<size_t>(m->num_con), 0.0);
     std::vector<HighsInt> col(point->x.size()), row(activity.size());
 

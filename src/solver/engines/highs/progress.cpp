@@ -115,7 +115,7 @@ static void on_mip(highs_session *s, const HighsCallbackDataOut *out)
 static void on_incumbent(highs_session *s, const HighsCallbackDataOut *out)
 {
     if (out->mip_solution == nullptr || s->job->left.load()) return;
-    const auto size = static_cast<size_t>(s->job->problem->num_var);
+    const auto size = static_cast<size_t>(s->problem->num_var);
     const std::lock_guard<std::mutex> lock(s->job->mutex);
     s->job->incumbent.assign(out->mip_solution, out->mip_solution + size);
     s->job->incumbent_obj = out->objective_function_value;

@@ -5,7 +5,8 @@
  * task once it is passed.
  *
  *   options.cpp   settings and the start        progress.cpp  callbacks: progress, incumbents, stop
- *   answer.cpp    statuses, vectors, rays       adapter.cpp   the record that the library loads, and the order of it all */
+ *   answer.cpp    statuses, vectors, rays       adapter.cpp   the record that the library loads, and the order of it all
+ *   sessions.cpp  problems that stay loaded */
 #pragma once
 
 #include "solver/engines/engine.h"
@@ -18,6 +19,7 @@
 
 struct highs_session {
     std::shared_ptr<engine_job> job;
+    std::shared_ptr<const model> problem; /* the job's, or one of a session's own */
     void *highs = nullptr;
     bool is_mip = false;
     bool has_ipm_limit = false; /* the user's: reaching it is a limit, reaching ours a stall */
@@ -56,6 +58,15 @@ void highs_watch(highs_session *s);
 
 /* What a line of HiGHS's log tells of its progress; lines that are not understood change nothing. */
 void highs_read_log_line(const char *line, engine_method method, engine_progress *progress);
+
+/* Makes the engine and hands everything over; false with the answer's status set where it is refused or stopped. */
+bool highs_open(highs_session *s, engine_answer *answer);
+
+/* Whether the job is to end. */
+inline bool highs_is_stopped(const highs_session *s) { return s->job->stop.load() || s->job->left.load(); }
+
+/* sessions.cpp: problems that stay loaded. */
+extern const engine_session_calls highs_session_calls;
 
 /* Fills an answer from the state after a run. */
 void highs_get_answer(highs_session *s, engine_answer *answer);

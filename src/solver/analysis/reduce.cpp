@@ -1,0 +1,195 @@
+/* reduce.cpp - see reduce.h. */
+#include "solver/analysis/reduce.h"
+
+#include "solver/analysis/filter.h"
+#include "solver/engines/certificate.h"
+#include "solver/engines/work.h"
+#include "solver/report/clock.h"
+
+#include <algorithm>
+
+static bool row_order(const model_side &a, const model_side &b)
+{
+    if (a.is_row != b.is_row) return a.is_row;
+    return a.index != b.index ? a.index < b.index : a.is_upper < b.is_upper;
+}
+
+static std::vector<model_side> kept_sides(const side_filter *f, const std::vector<model_side> &sides)
+{
+    std::vector<model_side> kept;
+    for (size_t k = 0; k < sides.size(); k++)
+        if (f->state.kept[k] != 0) kept.push_back(sides[k]);
+    return kept;
+}
+
+/* Leaves out what can be left out. Returns whether the engine finds the given sides infeasible. */
+static bool run_filter(ZLR_task *task, const model *m, double deadline_s, reduction *r)
+{
+    const auto f = std::make_shared<side_filter>();
+    f->part = sides_problem(m, r->sides, false);
+    f->tol = check_tolerances_of(&task->params);
+    f->deadline_s = deadline_s;
+    f->state.kept.assign(r->sides.size(), 1);
+
+    const engine_work work = [f](const engine_adapter *adapter, const std::shared_ptr<engine_job> &job) {
+        filter_sides(f, adapter, job);
+    };
+    const work_end end = engines_work(task, f->part.problem, {}, deadline_s - clock_now_s(), work, &r->failure);
+    const std::lock_guard<std::mutex> lock(f->state.mutex);
+    r->sides = kept_sides(f.get(), r->sides);
+    r->num_solved += f->state.num_solved;
+    r->num_open = f->state.num_open;
+    r->is_irreducible = f->state.is_done && f->state.num_open == 0;
+    r->is_stopped =
+        r->is_stopped || end == WORK_STOPPED || (end == WORK_DONE && f->state.is_confirmed && !f->state.is_done);
+    return f->state.is_confirmed;
+}
+
+/* The answer of one solve on an engine's thread. */
+static work_end solve_once(ZLR_task *task, const std::shared_ptr<const model> &problem, double deadline_s,
+                           engine_answer *answer, reduction *r)
+{
+    const auto got = std::make_shared<engine_answer>();
+    const auto mutex = std::make_shared<std::mutex>();
+    const engine_work work = [got, mutex, deadline_s](const engine_adapter *adapter,
+                                                      const std::shared_ptr<engine_job> &job) {
+        std::string message;
+        engine_answer mine;
+        const engine_session_calls *calls = adapter->sessions;
+        engine_session *session = calls != nullptr ? calls->open(job, job->problem.get(), &message) : nullptr;
+        if (session == nullptr) {
+            const std::lock_guard<std::mutex> lock(job->mutex);
+            job->answer.status = ENGINE_REFUSED;
+            job->answer.message = message;
+            return;
+        }
+        calls->solve(session, deadline_s - clock_now_s(), &mine);
+        calls->close(session);
+        const std::lock_guard<std::mutex> lock(*mutex);
+        *got = std::move(mine);
+    };
+    const work_end end = engines_work(task, problem, {}, deadline_s - clock_now_s(), work, &r->failure);
+    const std::lock_guard<std::mutex> lock(*mutex);
+    *answer = std::move(*got);
+    r->num_solved++;
+    return end;
+}
+
+/* ---- proofs of linear problems */
+
+/* The sides that the proof `y` of the part needs, as those of the whole; none where it is no proof. */
+static std::vector<model_side> proven_sides(const side_problem *part, const check_tolerances *tol,
+                                            const std::vector<double> &y)
+{
+    solution proof;
+    solution_reset(&proof, part->problem->num_con, part->problem->num_var);
+    std::vector<model_side> sides;
+    if (!certificate_from_dual_ray(part->problem.get(), tol, y, &proof)) return sides;
+    for (model_side side : sides_of_certificate(&proof)) {
+        side.index = (side.is_row ? part->row_of : part->col_of)[static_cast<size_t>(side.index)];
+        sides.push_back(side);
+    }
+    return sides;
+}
+
+/* All proofs with the sides of `part`, scaled so that they amount to a contradiction of 1: a weight at least 0 a side, a
+ * row a column of the part, and the row of the scale. The least sum of weights is a vertex. */
+static std::shared_ptr<model> proof_problem(const side_problem *part)
+{
+    const model *m = part->problem.get();
+    auto p = std::make_shared<model>();
+    std::vector<std::vector<std::pair<int32_t, double>>> rows(static_cast<size_t>(m->num_con));
+
+    for (int32_t j = 0; j < m->num_var; j++)
+        for (auto k = static_cast<size_t>(m->a.start[static_cast<size_t>(j)]);
+             k < static_cast<size_t>(m->a.start[static_cast<size_t>(j) + 1]); k++)
+            rows[static_cast<size_t>(m->a.row[k])].emplace_back(j, m->a.value[k]);
+    p->num_con = m->num_var + 1;
+    p->con_lower.assign(static_cast<size_t>(p->num_con), 0.0);
+    p->con_upper = p->con_lower;
+    p->con_lower.back() = p->con_upper.back() = 1.0;
+    p->num_var = static_cast<int32_t>(part->sides.size());
+    for (const model_side &side : part->sides) {
+        const double sign = side.is_upper ? -1.0 : 1.0;
+        if (side.is_row) {
+            for (const auto &[j, value] : rows[static_cast<size_t>(side.index)]) {
+                p->a.row.push_back(j);
+                p->a.value.push_back(sign * value);
+            }
+        } else {
+            p->a.row.push_back(side.index);
+            p->a.value.push_back(sign);
+        }
+        if (side_value(m, &side) != 0.0) {
+            p->a.row.push_back(m->num_var);
+            p->a.value.push_back(sign * side_value(m, &side));
+        }
+        p->a.start.push_back(static_cast<int64_t>(p->a.row.size()));
+    }
+    const auto num = static_cast<size_t>(p->num_var);
+    p->c.assign(num, 1.0);
+    p->var_lower.assign(num, 0.0);
+    p->var_upper.assign(num, model_inf);
+    p->var_type.assign(num, ZLR_VAR_CONT);
+    names_resize(&p->con_names, p->num_con);
+    names_resize(&p->var_names, p->num_var);
+    return p;
+}
+
+/* Replaces the set by the support of a vertex of its proofs, where the engine finds one that passes the check. */
+static void go_to_vertex(ZLR_task *task, const model *m, double deadline_s, reduction *r)
+{
+    const check_tolerances tol = check_tolerances_of(&task->params);
+    const side_problem part = sides_problem(m, r->sides, false);
+    engine_answer answer;
+
+    const work_end end = solve_once(task, proof_problem(&part), deadline_s, &answer, r);
+    r->is_stopped = r->is_stopped || end == WORK_STOPPED;
+    if (end != WORK_DONE || answer.status != ENGINE_OPTIMAL || answer.x.size() != part.sides.size()) return;
+    std::vector<double> y(static_cast<size_t>(part.problem->num_con), 0.0);
+    for (size_t k = 0; k < part.sides.size(); k++)
+        if (part.sides[k].is_row && answer.x[k] > 0.0)
+            y[static_cast<size_t>(part.sides[k].index)] += part.sides[k].is_upper ? -answer.x[k] : answer.x[k];
+    const std::vector<model_side> found = proven_sides(&part, &tol, y);
+    if (!found.empty() && found.size() < r->sides.size()) r->sides = found;
+}
+
+std::vector<model_side> reduce_by_relaxation(ZLR_task *task, const model *m, const std::vector<model_side> &sides,
+                                             double time_limit_s, reduction *found)
+{
+    const check_tolerances tol = check_tolerances_of(&task->params);
+    const side_problem part = sides_problem(m, sides, false);
+    engine_answer answer;
+
+    part.problem->var_type.assign(part.problem->var_type.size(), ZLR_VAR_CONT);
+    const work_end end = solve_once(task, part.problem, clock_now_s() + time_limit_s, &answer, found);
+    found->is_stopped = found->is_stopped || end == WORK_STOPPED;
+    if (end != WORK_DONE || answer.dual_ray.empty()) return {};
+    return proven_sides(&part, &tol, answer.dual_ray);
+}
+
+reduction reduce_sides(ZLR_task *task, const model *m, const std::vector<model_side> &sides, double time_limit_s)
+{
+    const double deadline_s = clock_now_s() + time_limit_s;
+    bool has_proof = true;
+    reduction r;
+
+    r.sides = sides;
+    std::sort(r.sides.begin(), r.sides.end(), row_order);
+    if (model_num_int(m) > 0) {
+        /* Where the relaxation is infeasible already, its sides are few, and integrality has little left to do. */
+        const std::vector<model_side> linear = reduce_by_relaxation(task, m, r.sides, deadline_s - clock_now_s(), &r);
+        has_proof = !linear.empty();
+        if (has_proof) r.sides = linear;
+    }
+    const std::vector<model_side> given = r.sides;
+    if (has_proof && !r.is_stopped && r.failure.empty()) go_to_vertex(task, m, deadline_s, &r);
+    if (r.is_stopped || !r.failure.empty() || run_filter(task, m, deadline_s, &r) || r.is_stopped) return r;
+    /* A proof holds within the tolerances, and the engine may find a point within its own: then more sides are needed. */
+    for (const std::vector<model_side> &more : {given, sides_all(m)}) {
+        r.sides = more;
+        if (run_filter(task, m, deadline_s, &r) || r.is_stopped || !r.failure.empty()) return r;
+    }
+    r.failure = "no part of it is infeasible beyond the tolerances, so all of it is given";
+    return r;
+}

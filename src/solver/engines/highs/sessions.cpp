@@ -1,0 +1,103 @@
+/* sessions.cpp - problems that stay loaded in HiGHS while bounds and costs change. See engine_session_calls. */
+#include "solver/engines/highs/session.h"
+
+#include <cmath>
+#include <exception>
+#include <new>
+
+/* The copy of the problem changes with the engine's, so that bases are read by the bounds that hold now. */
+struct engine_session {
+    highs_session highs;
+    std::shared_ptr<model> problem;
+};
+
+static engine_session *open_session(const std::shared_ptr<engine_job> &job, const model *problem, std::string *message)
+{
+    try {
+        auto made = std::make_unique<engine_session>();
+        made->problem = std::make_shared<model>(*problem);
+        made->highs.job = job;
+        made->highs.problem = made->problem;
+        made->highs.is_second = true; /* what the caller asks for is no progress of the job's */
+        engine_answer answer;
+        if (!highs_open(&made->highs, &answer)) {
+            *message = answer.message;
+            return nullptr;
+        }
+        return made.release();
+    } catch (const std::bad_alloc &) {
+        *message = "out of memory";
+    } catch (const std::exception &e) {
+        *message = e.what();
+    }
+    return nullptr;
+}
+
+static void row_bounds(engine_session *session, int32_t i, double lower, double upper)
+{
+    session->problem->con_lower[static_cast<size_t>(i)] = lower;
+    session->problem->con_upper[static_cast<size_t>(i)] = upper;
+    (void)Highs_changeRowBounds(session->highs.highs, i, lower, upper);
+}
+
+static void col_bounds(engine_session *session, int32_t j, double lower, double upper)
+{
+    session->problem->var_lower[static_cast<size_t>(j)] = lower;
+    session->problem->var_upper[static_cast<size_t>(j)] = upper;
+    (void)Highs_changeColBounds(session->highs.highs, j, lower, upper);
+}
+
+static void col_cost(engine_session *session, int32_t j, double cost)
+{
+    session->problem->c[static_cast<size_t>(j)] = cost;
+    (void)Highs_changeColCost(session->highs.highs, j, cost);
+}
+
+static void solve(engine_session *session, double time_limit_s, engine_answer *answer)
+{
+    highs_session *s = &session->highs;
+    *answer = engine_answer{};
+    answer->status = ENGINE_STOPPED;
+    if (highs_is_stopped(s)) return;
+    try {
+        (void)Highs_zeroAllClocks(s->highs); /* the limit counts from the first run otherwise */
+        (void)Highs_setDoubleOptionValue(s->highs, "time_limit", time_limit_s);
+        (void)Highs_run(s->highs);
+        highs_get_answer(s, answer);
+        if (!s->is_mip && !highs_is_stopped(s)) highs_get_rays(s, answer);
+    } catch (const std::bad_alloc &) {
+        *answer = engine_answer{};
+        answer->status = ENGINE_MEMORY;
+    } catch (const std::exception &e) {
+        *answer = engine_answer{};
+        answer->status = ENGINE_FAILED;
+        answer->message = e.what();
+    }
+}
+
+static void forget(engine_session *session) { (void)Highs_clearSolver(session->highs.highs); }
+
+static void resize(engine_range *range, int32_t num)
+{
+    for (std::vector<double> *v : {&range->down, &range->up, &range->objective_down, &range->objective_up})
+        v->resize(static_cast<size_t>(num));
+}
+
+static bool ranges(engine_session *session, engine_ranges *r)
+{
+    const model *m = session->problem.get();
+    resize(&r->cost, m->num_var);
+    resize(&r->column, m->num_var);
+    resize(&r->row, m->num_con);
+    return Highs_getRanging(session->highs.highs, r->cost.up.data(), r->cost.objective_up.data(), nullptr, nullptr,
+                            r->cost.down.data(), r->cost.objective_down.data(), nullptr, nullptr, r->column.up.data(),
+                            r->column.objective_up.data(), nullptr, nullptr, r->column.down.data(),
+                            r->column.objective_down.data(), nullptr, nullptr, r->row.up.data(),
+                            r->row.objective_up.data(), nullptr, nullptr, r->row.down.data(),
+                            r->row.objective_down.data(), nullptr, nullptr) == kHighsStatusOk;
+}
+
+static void close_session(engine_session *session) { delete session; }
+
+const engine_session_calls highs_session_calls = {open_session, row_bounds, col_bounds, col_cost,
+                                                  solve,        forget,     ranges,     close_session};

@@ -1,0 +1,48 @@
+/* work.cpp - see work.h. */
+#include "solver/engines/work.h"
+
+#include "solver/engines/runner.h"
+#include "solver/report/clock.h"
+
+static run_order order_of(const ZLR_task *task, const std::shared_ptr<const model> &problem, const engine_start &start,
+                          const engine_work &work)
+{
+    run_order order;
+    order.start = start;
+    order.step.source = engine_table_default()->linear;
+    order.step.method = METHOD_CHOOSE;
+    order.options = plan_options(order.step.source, &task->params);
+    order.problem = problem;
+    order.work = work;
+    return order;
+}
+
+work_end engines_work(ZLR_task *task, const std::shared_ptr<const model> &problem, const engine_start &start,
+                      double time_limit_s, const engine_work &work, std::string *message)
+{
+    run_watch watch;
+    runner r;
+    size_t which = 0;
+
+    watch.task = task;
+    watch.start_s = clock_now_s();
+    watch.deadline_s = watch.start_s + time_limit_s;
+    watch.is_aside = true;
+    if (!runner_start(&r, &watch, {order_of(task, problem, start, work)})) {
+        *message = "no thread can be started";
+        return WORK_REFUSED;
+    }
+    run_event event = RUN_INCUMBENT;
+    while (event == RUN_INCUMBENT) event = runner_next(&r, &which);
+    if (event == RUN_STOP) {
+        std::vector<size_t> back;
+        runner_halt(&r, &back);
+        return WORK_STOPPED;
+    }
+    const run_entry *entry = &r.entries[which];
+    if (event == RUN_ANSWER && !entry->is_missing && entry->answer.status != ENGINE_REFUSED &&
+        entry->answer.status != ENGINE_MEMORY && entry->answer.status != ENGINE_FAILED)
+        return WORK_DONE;
+    *message = entry->answer.status == ENGINE_MEMORY ? "out of memory" : entry->answer.message;
+    return WORK_REFUSED;
+}
