@@ -17,14 +17,15 @@ static std::string count(size_t num, const char *one, const char *many)
     return std::to_string(num) + " " + (num == 1 ? one : many);
 }
 
-static void print_members(ZLR_task *task, const std::vector<model_side> &sides)
+/* By the part: a row's text takes a look at every column. */
+static void print_members(ZLR_task *task, const side_problem *part)
 {
-    const model *m = task->problem.get();
+    const std::vector<model_side> &sides = part->sides;
     const bool all = sides.size() <= screen_lines || param_int(&task->params, IPAR_ANALYZE_DETAIL) == ANALYSIS_FULL;
     const size_t num = all ? sides.size() : screen_lines - 2;
     std::string text;
 
-    for (size_t k = 0; k < num; k++) text += "  " + side_text(m, &sides[k], screen_width) + "\n";
+    for (size_t k = 0; k < num; k++) text += "  " + side_text(part->problem.get(), &sides[k], screen_width) + "\n";
     if (!all) text += "  and " + std::to_string(sides.size() - num) + " more (ANALYZE_DETAIL=FULL names all)\n";
     streams_write(&task->streams, ZLR_STREAM_MSG, text.c_str());
 }
@@ -38,23 +39,21 @@ static const char *quality(const reduction *r, bool is_reduced)
     return r->num_open > 0 ? "reduced, but not every member was shown to be needed" : "not reduced further";
 }
 
-static void print_set(ZLR_task *task, int32_t kind, const reduction *r, bool is_reduced, double time_s)
+static void print_set(ZLR_task *task, int32_t kind, const reduction *r, const side_problem *part, bool is_reduced,
+                      double time_s)
 {
-    const model *m = task->problem.get();
-    const side_problem part = sides_problem(m, r->sides, false);
-
+    const auto num_int = static_cast<size_t>(model_num_int(part->problem.get()));
     streams_printf(&task->streams, ZLR_STREAM_MSG, "\nInfeasible subproblem (%s solution): %s, %s\n",
                    words_solution_kind(kind), sides_count_text(r->sides).c_str(),
-                   count(part.col_of.size(), "column", "columns").c_str());
+                   count(part->col_of.size(), "column", "columns").c_str());
     streams_printf(&task->streams, ZLR_STREAM_MSG, "  %s\n", quality(r, is_reduced));
-    if (model_num_int(part.problem.get()) > 0)
-        streams_printf(
-            &task->streams, ZLR_STREAM_MSG, "  with %s\n",
-            count(static_cast<size_t>(model_num_int(part.problem.get())), "integer column", "integer columns").c_str());
+    if (num_int > 0)
+        streams_printf(&task->streams, ZLR_STREAM_MSG, "  with %s\n",
+                       count(num_int, "integer column", "integer columns").c_str());
     if (is_reduced)
         streams_printf(&task->streams, ZLR_STREAM_MSG, "  %s solved in %.2f s\n",
                        count(static_cast<size_t>(r->num_solved), "problem", "problems").c_str(), time_s);
-    print_members(task, r->sides);
+    print_members(task, part);
 }
 
 static std::unique_ptr<ZLR_task> task_of(const ZLR_task *task, std::shared_ptr<model> problem)
@@ -95,8 +94,9 @@ static int32_t primal_part(ZLR_task *task, int32_t kind, ZLR_task **subproblem)
     if (!r.failure.empty())
         streams_printf(&task->streams, ZLR_STREAM_WRN, "The infeasible subproblem is not reduced: %s.\n",
                        r.failure.c_str());
-    print_set(task, kind, &r, is_reduced, clock_now_s() - start_s);
-    *subproblem = task_of(task, sides_problem(m, r.sides, true).problem).release();
+    const side_problem part = sides_problem(m, r.sides, true);
+    print_set(task, kind, &r, &part, is_reduced, clock_now_s() - start_s);
+    *subproblem = task_of(task, part.problem).release();
     return ZLR_RES_OK;
 }
 
