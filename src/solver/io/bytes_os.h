@@ -15,7 +15,7 @@ struct os_target {
     std::string opened_name; /* to be opened for writing; a new file beside the target, or the target itself */
     std::string final_name;  /* what a new file becomes */
     bool is_new = false;
-    bool append = false; /* open at the end: an output stream that the process has already */
+    bool append = false; /* open at the end: a new file, or an output stream that the process has already */
 };
 
 /* Chooses, and creates a new file with a name of its own in the target's folder; a target that is no regular file is

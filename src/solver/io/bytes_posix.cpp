@@ -79,6 +79,9 @@ int os_prepare_target(const char *target, os_target *out)
     const int file = create_beside(out->final_name, &out->opened_name);
     if (file < 0) return -1;
     out->is_new = true;
+    /* It is empty. To cut it to nothing would have the file system write it out when it is closed, a twentieth of the time
+     * that a small run takes. */
+    out->append = true;
     if (exists) (void)fchmod(file, info.st_mode & 07777); /* refused on some file systems: no harm */
     (void)close(file);
     return 0;
