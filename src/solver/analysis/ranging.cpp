@@ -378,6 +378,7 @@ int32_t ranging_compute(ZLR_task *task, const solution *basis, const std::vector
     const std::lock_guard<std::mutex> lock(state->mutex);
     *out = state->out;
     if (end == WORK_STOPPED) return ZLR_RES_TRM_USER_STOP;
+    if (end == WORK_OUT_OF_TIME) return ZLR_RES_TRM_TIME_LIMIT;
     if (state->is_done) return ZLR_RES_OK;
     if (!state->failure.empty()) *message = state->failure;
     return ZLR_RES_ERR_ENGINE;

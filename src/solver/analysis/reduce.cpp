@@ -8,6 +8,8 @@
 
 #include <algorithm>
 
+static bool is_stopped(work_end end) { return end == WORK_STOPPED || end == WORK_OUT_OF_TIME; }
+
 static bool row_order(const model_side &a, const model_side &b)
 {
     if (a.is_row != b.is_row) return a.is_row;
@@ -41,7 +43,7 @@ static bool run_filter(ZLR_task *task, const model *m, double deadline_s, reduct
     r->num_open = f->state.num_open;
     r->is_irreducible = f->state.is_done && f->state.num_open == 0;
     r->is_stopped =
-        r->is_stopped || end == WORK_STOPPED || (end == WORK_DONE && f->state.is_confirmed && !f->state.is_done);
+        r->is_stopped || is_stopped(end) || (end == WORK_DONE && f->state.is_confirmed && !f->state.is_done);
     return f->state.is_confirmed;
 }
 
@@ -144,7 +146,7 @@ static void go_to_vertex(ZLR_task *task, const model *m, double deadline_s, redu
     engine_answer answer;
 
     const work_end end = solve_once(task, proof_problem(&part), deadline_s, &answer, r);
-    r->is_stopped = r->is_stopped || end == WORK_STOPPED;
+    r->is_stopped = r->is_stopped || is_stopped(end);
     if (end != WORK_DONE || answer.status != ENGINE_OPTIMAL || answer.x.size() != part.sides.size()) return;
     std::vector<double> y(static_cast<size_t>(part.problem->num_con), 0.0);
     for (size_t k = 0; k < part.sides.size(); k++)
@@ -163,7 +165,7 @@ std::vector<model_side> reduce_by_relaxation(ZLR_task *task, const model *m, con
 
     part.problem->var_type.assign(part.problem->var_type.size(), ZLR_VAR_CONT);
     const work_end end = solve_once(task, part.problem, clock_now_s() + time_limit_s, &answer, found);
-    found->is_stopped = found->is_stopped || end == WORK_STOPPED;
+    found->is_stopped = found->is_stopped || is_stopped(end);
     if (end != WORK_DONE || answer.dual_ray.empty()) return {};
     return proven_sides(&part, &tol, answer.dual_ray);
 }

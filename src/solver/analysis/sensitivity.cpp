@@ -202,7 +202,7 @@ int32_t sensitivity_report(ZLR_task *task, int32_t stream)
         items = sensitivity_all_items(task->problem.get());
     }
     const int32_t code = compute(task, items, &found);
-    if (code != ZLR_RES_OK && code != ZLR_RES_TRM_USER_STOP) return code;
+    if (code != ZLR_RES_OK && code != ZLR_RES_TRM_USER_STOP && code != ZLR_RES_TRM_TIME_LIMIT) return code;
     const std::string text = report_text(task, items, &found);
     streams_write(&task->streams, stream, text.c_str());
     if (target[0] == '\0') return code;

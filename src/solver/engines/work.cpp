@@ -37,7 +37,7 @@ work_end engines_work(ZLR_task *task, const std::shared_ptr<const model> &proble
     if (event == RUN_STOP) {
         std::vector<size_t> back;
         runner_halt(&r, &back);
-        return WORK_STOPPED;
+        return watch.stop_code == ZLR_RES_TRM_TIME_LIMIT ? WORK_OUT_OF_TIME : WORK_STOPPED;
     }
     const run_entry *entry = &r.entries[which];
     if (event == RUN_ANSWER && !entry->is_missing && entry->answer.status != ENGINE_REFUSED &&

@@ -7,8 +7,9 @@
 /* How a piece of work came to its end. */
 enum work_end {
     WORK_DONE,
-    WORK_STOPPED, /* by the progress callback or the time limit; what was found so far stands in the work's own records */
-    WORK_REFUSED /* no engine, or none with sessions; `message` tells */
+    WORK_STOPPED,     /* by the progress callback; what was found so far stands in the work's own records */
+    WORK_OUT_OF_TIME, /* the same by the time limit */
+    WORK_REFUSED      /* no engine, or none with sessions; `message` tells */
 };
 
 /* Runs `work` with the problem, and a start for it, on a thread of the linear engine. `time_limit_s` may be infinite; the progress callback of
