@@ -176,14 +176,9 @@ int32_t infeasible_subproblem(ZLR_task *task, int32_t kind, ZLR_task **subproble
 {
     const solution *sol = &task->sol[kind];
     if (!sol->defined) return ZLR_RES_ERR_NO_SOLUTION;
-    switch (sol->solsta) {
-    case ZLR_SOLSTA_PRIM_INFEAS_CER:
-    case ZLR_SOLSTA_NEAR_PRIM_INFEAS_CER: return primal_part(task, kind, subproblem);
-    case ZLR_SOLSTA_DUAL_INFEAS_CER:
-    case ZLR_SOLSTA_NEAR_DUAL_INFEAS_CER: return dual_part(task, kind, subproblem);
-    default:
-        streams_printf(&task->streams, ZLR_STREAM_ERR, "The %s solution is no certificate of infeasibility.\n",
-                       words_solution_kind(kind));
-        return ZLR_RES_ERR_NO_SOLUTION;
-    }
+    if (solution_is_dual_ray(sol)) return primal_part(task, kind, subproblem);
+    if (solution_is_primal_ray(sol)) return dual_part(task, kind, subproblem);
+    streams_printf(&task->streams, ZLR_STREAM_ERR, "The %s solution is no certificate of infeasibility.\n",
+                   words_solution_kind(kind));
+    return ZLR_RES_ERR_NO_SOLUTION;
 }

@@ -224,6 +224,9 @@ void problem_find_quadratic(problem_facts *facts);
 /* problem_scaling.cpp */
 void problem_find_scaling(problem_facts *facts);
 
+/* All of these, in that order. */
+void problem_find_all(const model *m, const check_tolerances *tol, problem_facts *facts);
+
 /* The activities that the bounds of its columns leave to a row: the finite parts, the columns without an end, and the
  * sizes of all finite parts added up, for rounding. */
 struct row_reach {

@@ -257,7 +257,7 @@ int32_t solution_analysis_print(ZLR_task *task, int32_t stream, int32_t kind)
         return ZLR_RES_ERR_NO_SOLUTION;
     }
     if (!streams_linked(&task->streams, stream)) return ZLR_RES_OK;
-    const bool is_certificate = answer_is_certificate(&task->sol[kind]);
+    const bool is_certificate = solution_is_certificate(&task->sol[kind]);
     const bool is_full = param_int(&task->params, IPAR_ANALYZE_DETAIL) == ANALYSIS_FULL;
     v.task = task;
     v.m = task->problem.get();

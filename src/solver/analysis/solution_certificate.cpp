@@ -123,7 +123,7 @@ static bool all_zero(const std::vector<double> &values)
 void solution_add_certificate(solution_view *v)
 {
     const solution *s = &v->sol;
-    const bool is_ray = s->solsta == ZLR_SOLSTA_DUAL_INFEAS_CER || s->solsta == ZLR_SOLSTA_NEAR_DUAL_INFEAS_CER;
+    const bool is_ray = solution_is_primal_ray(s);
     const bool is_empty =
         is_ray ? all_zero(s->xx)
                : all_zero(s->y) && all_zero(s->slc) && all_zero(s->suc) && all_zero(s->slx) && all_zero(s->sux);

@@ -93,29 +93,18 @@ check_result answer_to_incumbent(const model *m, const check_tolerances *tol, co
     return check_point(m, tol, x, sol);
 }
 
-bool answer_is_certificate(const solution *sol)
-{
-    switch (sol->solsta) {
-    case ZLR_SOLSTA_PRIM_INFEAS_CER:
-    case ZLR_SOLSTA_DUAL_INFEAS_CER:
-    case ZLR_SOLSTA_NEAR_PRIM_INFEAS_CER:
-    case ZLR_SOLSTA_NEAR_DUAL_INFEAS_CER: return true;
-    default: return false;
-    }
-}
-
 engine_start answer_to_start(const solution *basic, const solution *interior, const solution *integer)
 {
     engine_start start;
 
-    if (basic->defined && basic->has_keys && !answer_is_certificate(basic)) {
+    if (basic->defined && basic->has_keys && !solution_is_certificate(basic)) {
         start.row_key = basic->skc;
         start.col_key = basic->skx;
     }
     for (const solution *sol : {integer, basic, interior})
-        if (start.x.empty() && sol->defined && sol->has_primal && !answer_is_certificate(sol)) start.x = sol->xx;
+        if (start.x.empty() && sol->defined && sol->has_primal && !solution_is_certificate(sol)) start.x = sol->xx;
     for (const solution *sol : {basic, interior})
-        if (start.y.empty() && sol->defined && sol->has_dual && !answer_is_certificate(sol)) start.y = sol->y;
+        if (start.y.empty() && sol->defined && sol->has_dual && !solution_is_certificate(sol)) start.y = sol->y;
     return start;
 }
 

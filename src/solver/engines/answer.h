@@ -14,9 +14,6 @@ check_result answer_to_solution(const model *m, const check_tolerances *tol, con
 check_result answer_to_incumbent(const model *m, const check_tolerances *tol, const std::vector<double> &x,
                                  solution *sol, bool *clean);
 
-/* Whether a solution is a proof: its arrays hold a ray, not a point. */
-bool answer_is_certificate(const solution *sol);
-
 /* What is left to start from of a solution that the task has; empty parts where it has none. */
 engine_start answer_to_start(const solution *basic, const solution *interior, const solution *integer);
 

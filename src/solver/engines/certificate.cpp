@@ -244,7 +244,7 @@ void certificate_from_crossed_bounds(const model *m, bool is_row, int32_t index,
 
 certificate_proof certificate_check(const model *m, const check_tolerances *tol, const solution *sol)
 {
-    const bool is_ray = sol->solsta == ZLR_SOLSTA_DUAL_INFEAS_CER || sol->solsta == ZLR_SOLSTA_NEAR_DUAL_INFEAS_CER;
+    const bool is_ray = solution_is_primal_ray(sol);
     proof p;
 
     if (is_ray) {

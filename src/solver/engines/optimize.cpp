@@ -40,7 +40,7 @@ static void take_start(optimization *o)
     }
     for (const int32_t kind : {ZLR_SOL_ITR, ZLR_SOL_BAS}) {
         const solution *given = &o->task->sol[kind];
-        if (!o->plan.sought[kind] || !given->defined || answer_is_certificate(given) ||
+        if (!o->plan.sought[kind] || !given->defined || solution_is_certificate(given) ||
             (!given->has_primal && !given->has_dual))
             continue;
         engine_answer answer;

@@ -430,12 +430,6 @@ static int32_t read_sections(solution_reader *r, std::string_view line)
 
 /* ---- What follows from what was read ---- */
 
-static bool is_certificate(int32_t solsta)
-{
-    return solsta == ZLR_SOLSTA_PRIM_INFEAS_CER || solsta == ZLR_SOLSTA_DUAL_INFEAS_CER ||
-           solsta == ZLR_SOLSTA_NEAR_PRIM_INFEAS_CER || solsta == ZLR_SOLSTA_NEAR_DUAL_INFEAS_CER;
-}
-
 /* A file written by hand need not say what it holds, nor activities of rows and the objective. */
 static int32_t complete_solution(solution_reader *r)
 {
@@ -447,7 +441,7 @@ static int32_t complete_solution(solution_reader *r)
     const bool keys = columns->has_key && (rows->has_key || r->m->num_con == 0);
     const bool primal = columns->has_primal;
     const bool dual = columns->has_dual && (rows->has_dual || r->m->num_con == 0) && all_rows;
-    const bool point = !is_certificate(sol->solsta);
+    const bool point = !solution_is_certificate(sol);
     if (!r->holds_given) {
         sol->has_keys = keys;
         sol->has_primal = primal && point;

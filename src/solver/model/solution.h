@@ -45,3 +45,18 @@ void solution_reset(solution *sol, int32_t num_con, int32_t num_var);
 
 /* Undefined and empty: releases the arrays. */
 void solution_clear(solution *sol);
+
+/* Certificates, full or near: whether the column values are a direction in which the objective improves without end,
+ * whether the row duals prove that no point is feasible. Their arrays hold a ray, not a point. */
+inline bool solution_is_primal_ray(const solution *sol)
+{
+    return sol->solsta == ZLR_SOLSTA_DUAL_INFEAS_CER || sol->solsta == ZLR_SOLSTA_NEAR_DUAL_INFEAS_CER;
+}
+inline bool solution_is_dual_ray(const solution *sol)
+{
+    return sol->solsta == ZLR_SOLSTA_PRIM_INFEAS_CER || sol->solsta == ZLR_SOLSTA_NEAR_PRIM_INFEAS_CER;
+}
+inline bool solution_is_certificate(const solution *sol)
+{
+    return solution_is_primal_ray(sol) || solution_is_dual_ray(sol);
+}

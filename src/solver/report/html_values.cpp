@@ -92,8 +92,8 @@ static std::string limits_cell(double lower, double upper)
 /* Columns by their share in the objective, or the entries of a ray. */
 static bool append_columns(std::string *page, const model *m, const solution *sol)
 {
-    const bool is_ray = reported_is_primal_ray(sol);
-    if (!is_ray && (!sol->has_primal || reported_is_dual_ray(sol))) return false;
+    const bool is_ray = solution_is_primal_ray(sol);
+    if (!is_ray && (!sol->has_primal || solution_is_dual_ray(sol))) return false;
     std::vector<double> sizes(sol->xx.size());
     for (size_t j = 0; j < sizes.size(); j++) sizes[j] = std::fabs(is_ray ? sol->xx[j] : m->c[j] * sol->xx[j]);
     const std::vector<int32_t> listed = largest_of(m->num_var, sizes);
@@ -141,8 +141,8 @@ static void append_prices(std::string *page, const model *m, const solution *sol
 
 static bool append_rows(std::string *page, const model *m, const solution *sol, int32_t kind)
 {
-    const bool is_proof = reported_is_dual_ray(sol);
-    if (kind == ZLR_SOL_ITG || (!is_proof && (!sol->has_dual || reported_is_primal_ray(sol)))) return false;
+    const bool is_proof = solution_is_dual_ray(sol);
+    if (kind == ZLR_SOL_ITG || (!is_proof && (!sol->has_dual || solution_is_primal_ray(sol)))) return false;
     std::vector<double> sizes(sol->y.size());
     for (size_t i = 0; i < sizes.size(); i++) sizes[i] = std::fabs(sol->y[i]);
     const std::vector<int32_t> listed = largest_of(m->num_con, sizes);

@@ -10,22 +10,9 @@ int32_t reported_kind(const ZLR_task *task)
     return -1;
 }
 
-bool reported_is_primal_ray(const solution *sol)
-{
-    return sol->solsta == ZLR_SOLSTA_DUAL_INFEAS_CER || sol->solsta == ZLR_SOLSTA_NEAR_DUAL_INFEAS_CER;
-}
-
-bool reported_is_dual_ray(const solution *sol)
-{
-    return sol->solsta == ZLR_SOLSTA_PRIM_INFEAS_CER || sol->solsta == ZLR_SOLSTA_NEAR_PRIM_INFEAS_CER;
-}
-
-bool reported_has_primal_objective(const solution *sol)
-{
-    return sol->has_primal && !reported_is_primal_ray(sol) && !reported_is_dual_ray(sol);
-}
+bool reported_has_primal_objective(const solution *sol) { return sol->has_primal && !solution_is_certificate(sol); }
 
 bool reported_has_dual_objective(const solution *sol, int32_t kind)
 {
-    return kind != ZLR_SOL_ITG && sol->has_dual && !reported_is_primal_ray(sol) && !reported_is_dual_ray(sol);
+    return kind != ZLR_SOL_ITG && sol->has_dual && !solution_is_certificate(sol);
 }

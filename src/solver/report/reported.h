@@ -6,11 +6,6 @@
 /* The kind that a run of this problem leaves, as far as it is there; -1: none. */
 int32_t reported_kind(const ZLR_task *task);
 
-/* Whether the column values are a ray along which the objective improves; whether the row duals are a proof that no
- * point is feasible. */
-bool reported_is_primal_ray(const solution *sol);
-bool reported_is_dual_ray(const solution *sol);
-
 /* The objective of a ray is no objective of the problem. */
 bool reported_has_primal_objective(const solution *sol);
 bool reported_has_dual_objective(const solution *sol, int32_t kind);

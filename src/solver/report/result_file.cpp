@@ -37,9 +37,9 @@ static json solution_values(const ZLR_task *task, int32_t kind)
 {
     if (kind < 0 || param_int(&task->params, IPAR_RESULT_SOLUTION) == 0) return nullptr;
     const solution *sol = &task->sol[kind];
-    const bool primal = reported_is_primal_ray(sol) || (sol->has_primal && !reported_is_dual_ray(sol));
+    const bool primal = solution_is_primal_ray(sol) || (sol->has_primal && !solution_is_dual_ray(sol));
     const bool dual =
-        kind != ZLR_SOL_ITG && (reported_is_dual_ray(sol) || (sol->has_dual && !reported_is_primal_ray(sol)));
+        kind != ZLR_SOL_ITG && (solution_is_dual_ray(sol) || (sol->has_dual && !solution_is_primal_ray(sol)));
     const model *m = task->problem.get();
     return {
         {"rows", values_of(m, sol, true, primal, dual)},

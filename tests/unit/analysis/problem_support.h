@@ -14,13 +14,7 @@ inline problem_facts facts_of(const model *m)
 {
     const check_tolerances tol;
     problem_facts facts;
-    problem_collect(m, &tol, &facts);
-    problem_find_rows(&facts);
-    problem_find_columns(&facts);
-    problem_find_parallel(&facts);
-    problem_find_network(&facts);
-    problem_find_quadratic(&facts);
-    problem_find_scaling(&facts);
+    problem_find_all(m, &tol, &facts);
     return facts;
 }
 
