@@ -139,6 +139,10 @@ static double engine_bytes(const model *m)
 static constexpr size_t race_min_nonzeros = 5000;
 static constexpr size_t first_order_min_nonzeros = 1000000;
 
+/* Up to how many nonzeros presolve takes longer than it saves. Measured over 70 problems: below it a run without presolve
+ * is up to 8 % quicker, most of it code that is never paged in; from 1000 on either may win, and the large lose. */
+static constexpr size_t presolve_min_nonzeros = 500;
+
 static int32_t num_racers(const model *m, int32_t threads, const plan_machine *machine)
 {
     if (m->a.row.size() < race_min_nonzeros) return 1;
@@ -156,11 +160,15 @@ static int32_t num_threads(const param_set *params, const plan_machine *machine)
     return asked > 0 ? asked : machine->cores;
 }
 
-static void plan_race(const engine_source *source, const model *m, int32_t threads, const plan_machine *machine,
+static void plan_race(const engine_source *source, const model *m, const param_set *params, const plan_machine *machine,
                       engine_plan *plan)
 {
+    if (m->a.row.size() < presolve_min_nonzeros && param_int(params, IPAR_PRESOLVE_LEVEL) == PRESOLVE_CHOOSE) {
+        plan->rounds.push_back({without_presolve(source, METHOD_DUAL_SIMPLEX, 1)});
+        return;
+    }
     static const engine_method racers[] = {METHOD_DUAL_SIMPLEX, METHOD_INTPNT, METHOD_HIPO, METHOD_PDLP};
-    const int32_t num = num_racers(m, threads, machine);
+    const int32_t num = num_racers(m, num_threads(params, machine), machine);
     std::vector<plan_step> round;
     round.reserve(static_cast<size_t>(num));
     for (int32_t k = 0; k < num; k++) round.push_back(step_of(source, racers[k], 1));
@@ -174,7 +182,8 @@ static void plan_linear_chain(const engine_source *source, engine_plan *plan)
     for (const engine_method method : {METHOD_INTPNT, METHOD_DUAL_SIMPLEX})
         if (std::none_of(first.begin(), first.end(), [&](const plan_step &s) { return s.method == method; }))
             plan->rounds.push_back({step_of(source, method, 1)});
-    plan->rounds.push_back({without_presolve(source, METHOD_DUAL_SIMPLEX, 1)});
+    plan->rounds.push_back({first[0].extra.empty() ? without_presolve(source, METHOD_DUAL_SIMPLEX, 1)
+                                                   : step_of(source, METHOD_DUAL_SIMPLEX, 1)});
     plan->rounds.push_back({step_of(source, METHOD_PRIMAL_SIMPLEX, 1)});
     plan->rounds.push_back({without_presolve(source, METHOD_INTPNT, 1)});
     plan->rounds.push_back({without_scaling(source, METHOD_DUAL_SIMPLEX, 1)});
@@ -196,7 +205,6 @@ static void plan_continuous(const engine_source *source, const model *m, const p
 {
     const int32_t optimizer = param_int(params, IPAR_OPTIMIZER);
     const engine_method method = method_of(optimizer);
-    const int32_t threads = num_threads(params, machine);
     const bool crosses = param_int(params, IPAR_IPM_CROSSOVER) != 0;
     const bool interior = method == METHOD_INTPNT || method == METHOD_HIPO || method == METHOD_PDLP;
 
@@ -204,9 +212,9 @@ static void plan_continuous(const engine_source *source, const model *m, const p
     plan->sought[ZLR_SOL_ITR] = plan->want_interior;
     plan->sought[ZLR_SOL_BAS] = !interior || crosses;
     if (optimizer == OPTIMIZER_FREE)
-        plan_race(source, m, threads, machine, plan);
+        plan_race(source, m, params, machine, plan);
     else
-        plan->rounds.push_back({step_of(source, method, interior ? threads : 1)});
+        plan->rounds.push_back({step_of(source, method, interior ? num_threads(params, machine) : 1)});
     plan_linear_chain(source, plan);
 }
 

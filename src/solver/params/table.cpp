@@ -79,7 +79,7 @@ static constexpr param_row rows[] = {
     INT(IPAR_RANDOM_SEED, "RANDOM_SEED", 0, 0, int_max, "", "highs:random_seed",
         "Seed of the engines' random numbers"),
     WORD(IPAR_PRESOLVE_LEVEL, "PRESOLVE_LEVEL", PRESOLVE_CHOOSE, 0, 2, "OFF=0 ON=1 CHOOSE=2", "highs:presolve",
-         "Whether the problem is reduced before it is solved"),
+         "Whether the problem is reduced before it is solved; CHOOSE: tiny ones are not"),
     INT(IPAR_SIMPLEX_MAX_ITERATIONS, "SIMPLEX_MAX_ITERATIONS", -1, -1, int_max, "", "highs:simplex_iteration_limit",
         "Limit of simplex iterations; -1: none"),
     INT(IPAR_IPM_MAX_ITERATIONS, "IPM_MAX_ITERATIONS", -1, -1, int_max, "", "highs:ipm_iteration_limit",

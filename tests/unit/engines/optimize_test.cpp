@@ -132,7 +132,7 @@ TEST_F(optimize, a_good_answer_is_taken_and_recorded)
     EXPECT_FALSE(task.sol[ZLR_SOL_ITG].defined);
     EXPECT_TRUE(task.run.ran);
     EXPECT_EQ("Fake 1", task.run.engine);
-    EXPECT_EQ("dual simplex", task.run.method);
+    EXPECT_EQ("dual simplex without presolve", task.run.method);
     EXPECT_EQ("", task.run.remark);
 }
 
@@ -466,6 +466,21 @@ TEST(plan, races_only_where_it_pays_and_there_is_room)
         ASSERT_FALSE(plan.rounds.empty());
         EXPECT_EQ(c.racers, plan.rounds[0].size());
     }
+}
+
+TEST(plan, a_tiny_model_is_not_presolved_unless_that_is_asked_for)
+{
+    const plan_machine machine = {2, 0};
+    const model small = two_row_model(ZLR_SENSE_MIN);
+    param_set params;
+    param_set_defaults(&params);
+    const plan_step without = plan_make(&fake_table, &small, &params, &machine).rounds[0][0];
+    ASSERT_EQ(1u, without.extra.size());
+    EXPECT_EQ("presolve", without.extra[0].name);
+    EXPECT_EQ("off", without.extra[0].str);
+    EXPECT_TRUE(plan_make(&fake_table, racing_model().get(), &params, &machine).rounds[0][0].extra.empty());
+    params.integer[IPAR_PRESOLVE_LEVEL] = PRESOLVE_ON;
+    EXPECT_TRUE(plan_make(&fake_table, &small, &params, &machine).rounds[0][0].extra.empty());
 }
 
 TEST(plan, only_changed_parameters_of_the_engine_are_handed_over)
