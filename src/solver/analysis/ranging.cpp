@@ -1,9 +1,9 @@
 /* ranging.cpp - see ranging.h.
  *
- * The engine ranges the optimal basis once. Where that gives no room on one side, the value is moved a little that way
- * and the task solved again from where it stands: the new basis has its range around the moved value, and its price is the
- * slope on that side, provided that the objective there bears it out. Where another basis can follow with the same price, it
- * is looked at in the same way, until the price changes. */
+ * The engine ranges the optimal basis once, and what can be read off there is read first. Where that gives no room on one
+ * side, the value is moved a little that way and the task solved again from where it stands: the new basis has its range
+ * around the moved value, and its price is the slope on that side, provided that the objective there bears it out. Where
+ * another basis can follow with the same price, it is looked at in the same way, until the price changes. */
 #include "solver/analysis/ranging.h"
 
 #include "solver/engines/work.h"
@@ -30,6 +30,7 @@ struct ranging_run {
     std::vector<double> activity;
     double objective = 0.0;
     int32_t num_solved = 0;
+    bool is_at_base = false; /* the session stands at the optimal basis */
     bool is_primal_degenerate = false, is_dual_degenerate = false;
 };
 
@@ -49,6 +50,20 @@ static double present_value(const model *m, const range_item *item)
     if (item->what == RANGE_COST) return m->c[k];
     if (item->what == RANGE_ROW) return item->is_upper ? m->con_upper[k] : m->con_lower[k];
     return item->is_upper ? m->var_upper[k] : m->var_lower[k];
+}
+
+static void solve(ranging_run *r, engine_answer *a)
+{
+    r->calls->solve(r->session, model_inf, a);
+    r->is_at_base = false;
+    r->num_solved++;
+}
+
+/* Back to the optimal basis, with all numbers at their present values. */
+static void go_to_base(ranging_run *r)
+{
+    r->calls->restart(r->session, &r->base);
+    r->is_at_base = true;
 }
 
 /* Puts the item's number at `value` in the engine. Both sides move where they are equal; a side is never moved past the
@@ -71,12 +86,18 @@ static bool put_value(const ranging_run *r, const range_item *item, double value
     return true;
 }
 
-/* Slope of the optimal value in the item's number, at an answer. */
+/* Slope of the optimal value in the item's number, at an answer. What rounding leaves of 0 is 0. */
 static double price_of(const range_item *item, const engine_answer *a)
 {
     const auto k = static_cast<size_t>(item->index);
-    if (item->what == RANGE_COST) return a->x[k];
-    return item->what == RANGE_ROW ? a->y[k] : a->reduced[k];
+    const double price = item->what == RANGE_COST ? a->x[k] : (item->what == RANGE_ROW ? a->y : a->reduced)[k];
+    return std::fabs(price) < 1e-3 * tiny ? 0.0 : price;
+}
+
+static engine_number number_of(const range_item *item)
+{
+    if (item->what == RANGE_COST) return NUMBER_COST;
+    return item->what == RANGE_ROW ? NUMBER_ROW : NUMBER_COLUMN;
 }
 
 static const engine_range *range_of(const range_item *item, const engine_ranges *ranges)
@@ -110,30 +131,33 @@ static bool is_whole(const engine_answer *a)
 }
 
 struct one_side {
-    double price, range;
-    bool is_known;
-    bool is_moved; /* of another basis than the optimal one */
+    double price = 0.0, range = 0.0;
+    bool is_known = false;
+    bool is_moved = false; /* of another basis than the optimal one */
+    bool turns = false;    /* the range is known to end where the basis does */
 };
 
 /* How far the basis of `a`, found at `moved`, holds on: in the direction of the move, as a change from the present value. */
-static double held_range(const ranging_run *r, const range_item *item, const engine_answer *a,
-                         const engine_ranges *ranges, double value, double moved, bool right)
+static bool hold(const ranging_run *r, const range_item *item, const engine_answer *a, double value, double moved,
+                 bool right, one_side *side)
 {
     const double far = right ? model_inf : -model_inf;
+    engine_reach reach;
     if (item->what != RANGE_COST && key_of(item, a) == ZLR_SK_BASIC) { /* the side is met no more: up to the activity */
         const auto k = static_cast<size_t>(item->index);
-        if (right == item->is_upper) return far;
         double at = a->x[k];
         if (item->what == RANGE_ROW) {
             std::vector<double> activity(static_cast<size_t>(r->problem->num_con));
             model_activity(r->problem.get(), a->x.data(), activity.data());
             at = activity[k];
         }
-        return at - value;
+        side->range = right == item->is_upper ? far : at - value;
+        return true;
     }
-    const double end = end_of(range_of(item, ranges), item, right);
-    if (!std::isfinite(end) || std::fabs(end) >= 1e29) return far;
-    return (right ? std::max(end, moved) : std::min(end, moved)) - value;
+    if (!r->calls->range_one(r->session, a, number_of(item), item->index, &reach)) return false;
+    side->range = moved + (right ? reach.up : reach.down) - value;
+    side->turns = right ? reach.turns_up : reach.turns_down;
+    return true;
 }
 
 /* Moves the value to one side, as little as it takes, and reads slope and range off there. */
@@ -141,22 +165,22 @@ static one_side move_aside(ranging_run *r, const range_item *item, bool right)
 {
     const double value = present_value(r->problem.get(), item), size = std::max(1.0, std::fabs(value));
     bool was_infeasible = false;
-    one_side found = {0.0, 0.0, false, true};
+    one_side found;
+    found.is_moved = true;
 
     /* Steps stay far above what the engine takes as feasible. */
     for (double step = 1e-3 * size; step > 3e-6 * size && !found.is_known && !is_stopped(r); step /= 10.0) {
         const double moved = right ? value + step : value - step;
         engine_answer a;
-        engine_ranges ranges;
+        go_to_base(r);
         if (!put_value(r, item, moved)) {
             was_infeasible = true;
             continue;
         }
-        r->calls->solve(r->session, model_inf, &a);
-        r->num_solved++;
+        solve(r, &a);
         was_infeasible = a.status == ENGINE_PRIMAL_INFEASIBLE || a.status == ENGINE_DUAL_INFEASIBLE ||
                          a.status == ENGINE_INFEASIBLE_OR_UNBOUNDED;
-        if (!is_whole(&a) || !r->calls->ranges(r->session, &ranges)) continue;
+        if (!is_whole(&a) || !hold(r, item, &a, value, moved, right, &found)) continue;
         /* The line from here to there has the slope of the basis there: no other one lies between. */
         const double price = price_of(item, &a), objective = objective_at(r, item, moved, &a);
         const double line = r->objective + price * (moved - value);
@@ -164,7 +188,8 @@ static one_side move_aside(ranging_run *r, const range_item *item, bool right)
                 1e-7 * std::max(1.0, std::fabs(objective)) * std::min(1.0, step / size * 1e3) &&
             std::fabs(objective - line) > 1e-6 * std::fabs(price) * step)
             continue;
-        found = {price, held_range(r, item, &a, &ranges, value, moved, right), true, true};
+        found.price = price;
+        found.is_known = true;
     }
     (void)put_value(r, item, value);
     if (found.is_known || !was_infeasible || is_stopped(r)) return found;
@@ -172,20 +197,25 @@ static one_side move_aside(ranging_run *r, const range_item *item, bool right)
     const bool cost = item->what == RANGE_COST;
     /* Beyond, a minimisation has the value +inf where it is infeasible and -inf where a cost makes it unbounded. */
     const double beyond = (is_max == cost) ? model_inf : -model_inf;
-    return {right ? beyond : -beyond, 0.0, true, true};
+    found.price = right ? beyond : -beyond;
+    found.range = 0.0;
+    found.is_known = true;
+    return found;
 }
 
 /* One side by the ranging of the optimal basis; not known where the basis has no room there. */
 static one_side read_side(const ranging_run *r, const range_item *item, bool right)
 {
     const double value = present_value(r->problem.get(), item);
-    const double price = price_of(item, &r->base);
-    if (item->what != RANGE_COST && key_of(item, &r->base) == ZLR_SK_BASIC) return {0.0, 0.0, false, false};
+    one_side side;
+    if (item->what != RANGE_COST && key_of(item, &r->base) == ZLR_SK_BASIC) return side;
     const double end = end_of(range_of(item, &r->ranges), item, right);
-    if (!std::isfinite(end) || std::fabs(end) >= 1e29) return {price, right ? model_inf : -model_inf, true, false};
-    if (same(end, value)) return {0.0, 0.0, false, false};
-    if (right ? end < value : end > value) return {0.0, 0.0, false, false};
-    return {price, end - value, true, false};
+    const bool is_endless = !std::isfinite(end) || std::fabs(end) >= 1e29;
+    side.is_known = is_endless || (!same(end, value) && (right ? end > value : end < value));
+    if (!side.is_known) return side;
+    side.price = price_of(item, &r->base);
+    side.range = is_endless ? (right ? model_inf : -model_inf) : end - value;
+    return side;
 }
 
 /* A side that is not met has no price, up to the activity. */
@@ -223,23 +253,22 @@ static constexpr int32_t most_bases = 200;
 static bool can_extend(const ranging_run *r, const range_item *item, const one_side *side)
 {
     if (!std::isfinite(side->range) || side->range == 0.0) return false;
-    return side->is_moved || (item->what == RANGE_COST ? r->is_primal_degenerate : r->is_dual_degenerate);
+    return !side->turns &&
+           (side->is_moved || (item->what == RANGE_COST ? r->is_primal_degenerate : r->is_dual_degenerate));
 }
 
 static void extend(ranging_run *r, const range_item *item, bool right, one_side *side)
 {
     const double value = present_value(r->problem.get(), item);
-    if (!can_extend(r, item, side)) return;
-    for (int32_t k = 0; k < most_bases && std::isfinite(side->range) && !is_stopped(r); k++) {
+    for (int32_t k = 0; k < most_bases && std::isfinite(side->range) && !side->turns && !is_stopped(r); k++) {
         const double end = value + side->range, step = 1e-5 * std::max(1.0, std::fabs(end));
         const double moved = right ? end + step : end - step;
         engine_answer a;
-        engine_ranges ranges;
+        if (k == 0 && !side->is_moved) go_to_base(r);
         if (!put_value(r, item, moved)) break;
-        r->calls->solve(r->session, model_inf, &a);
-        r->num_solved++;
-        if (!is_whole(&a) || !r->calls->ranges(r->session, &ranges) || !same(price_of(item, &a), side->price)) break;
-        side->range = held_range(r, item, &a, &ranges, value, moved, right);
+        solve(r, &a);
+        if (!is_whole(&a) || !same(price_of(item, &a), side->price) || !hold(r, item, &a, value, moved, right, side))
+            break;
     }
     (void)put_value(r, item, value);
 }
@@ -255,9 +284,33 @@ static void loosen(const ranging_run *r, const range_item *item, bool right, one
     side->range = right ? model_inf : -model_inf;
 }
 
-static range_result range_one(ranging_run *r, const range_item *item)
+/* Whether the price changes where the optimal basis does. */
+static bool ends_with_basis(ranging_run *r, const range_item *item, bool right)
+{
+    engine_reach reach;
+    if (!r->is_at_base) go_to_base(r);
+    return r->calls->range_one(r->session, &r->base, number_of(item), item->index, &reach) &&
+           (right ? reach.turns_up : reach.turns_down);
+}
+
+/* False: it takes moves, and none are made. */
+static bool range_side(ranging_run *r, const range_item *item, bool right, bool moves, one_side *side)
+{
+    *side = read_side(r, item, right);
+    if (!side->is_known && !moves) return false;
+    if (!side->is_known) *side = move_aside(r, item, right);
+    loosen(r, item, right, side);
+    if (!can_extend(r, item, side)) return true;
+    if (!side->is_moved && ends_with_basis(r, item, right)) return true;
+    if (moves) extend(r, item, right, side);
+    return moves;
+}
+
+/* Without moves only what can be read off the optimal basis; else nothing is known yet. */
+static range_result range_one(ranging_run *r, const range_item *item, bool moves)
 {
     range_result result;
+    one_side left, right;
     if (!std::isfinite(present_value(r->problem.get(), item))) { /* a side that is not there */
         result.left_range = -model_inf;
         result.right_range = model_inf;
@@ -265,14 +318,7 @@ static range_result range_one(ranging_run *r, const range_item *item)
         return result;
     }
     if (is_slack(r, item, &result)) return result;
-    one_side left = read_side(r, item, false), right = read_side(r, item, true);
-    if (!left.is_known) left = move_aside(r, item, false);
-    if (!right.is_known) right = move_aside(r, item, true);
-    for (const bool is_right : {false, true}) {
-        one_side *side = is_right ? &right : &left;
-        loosen(r, item, is_right, side);
-        extend(r, item, is_right, side);
-    }
+    if (!range_side(r, item, false, moves, &left) || !range_side(r, item, true, moves, &right)) return result;
     result.left_price = left.price;
     result.left_range = std::min(0.0, left.range);
     result.right_price = right.price;
@@ -280,6 +326,22 @@ static range_result range_one(ranging_run *r, const range_item *item)
     result.is_known = left.is_known && right.is_known;
     limit_by_other_side(r, item, &result);
     return result;
+}
+
+/* First all that takes no moves: a stop leaves as little unknown as may be. */
+static void range_items(ranging_run *r, const std::vector<range_item> &items, ranging_state *state)
+{
+    std::vector<char> is_known(items.size(), 0);
+    for (const bool moves : {false, true}) {
+        for (size_t k = 0; k < items.size() && !is_stopped(r); k++) {
+            if (is_known[k] != 0) continue;
+            const range_result result = range_one(r, &items[k], moves);
+            is_known[k] = result.is_known ? 1 : 0;
+            const std::lock_guard<std::mutex> lock(state->mutex);
+            state->out.results[k] = result;
+            state->out.num_solved = r->num_solved;
+        }
+    }
 }
 
 static void count_degenerate(const ranging_run *r, ranging *out)
@@ -304,8 +366,8 @@ static void count_degenerate(const ranging_run *r, ranging *out)
 
 static void range_all(ranging_run *r, const std::vector<range_item> &items, ranging_state *state)
 {
-    r->calls->solve(r->session, model_inf, &r->base);
-    r->num_solved++;
+    solve(r, &r->base);
+    r->is_at_base = true;
     if (!is_whole(&r->base) || !r->calls->ranges(r->session, &r->ranges)) {
         const std::lock_guard<std::mutex> lock(state->mutex);
         state->failure = "the engine does not range the basis";
@@ -323,12 +385,7 @@ static void range_all(ranging_run *r, const std::vector<range_item> &items, rang
         state->out.x = r->base.x;
         state->out.activity = r->activity;
     }
-    for (size_t k = 0; k < items.size() && !is_stopped(r); k++) {
-        const range_result result = range_one(r, &items[k]);
-        const std::lock_guard<std::mutex> lock(state->mutex);
-        state->out.results[k] = result;
-        state->out.num_solved = r->num_solved;
-    }
+    range_items(r, items, state);
     const std::lock_guard<std::mutex> lock(state->mutex);
     state->is_done = true;
 }

@@ -18,7 +18,7 @@
 #include <string>
 #include <vector>
 
-inline constexpr int32_t engine_abi = 2;
+inline constexpr int32_t engine_abi = 3;
 
 enum engine_method {
     METHOD_CHOOSE = 0, /* the engine's own choice */
@@ -129,8 +129,16 @@ struct engine_range {
     std::vector<double> down, up, objective_down, objective_up;
 };
 
+enum engine_number { NUMBER_COST, NUMBER_COLUMN, NUMBER_ROW };
+
 struct engine_ranges {
     engine_range cost, column, row; /* costs; bounds of columns and sides of rows, by activity where they are basic */
+};
+
+/* Changes of one number, down at most 0 and up at least 0, up to which the basis stays optimal. */
+struct engine_reach {
+    double down = 0.0, up = 0.0;
+    bool turns_down = false, turns_up = false; /* the price is another one beyond; false: that is not known */
 };
 
 /* A problem that stays loaded while bounds and costs change and that is solved again from where it stood: for what asks
@@ -143,8 +151,17 @@ struct engine_session_calls {
     void (*col_bounds)(engine_session *session, int32_t j, double lower, double upper);
     void (*col_cost)(engine_session *session, int32_t j, double cost);
     void (*solve)(engine_session *session, double time_limit_s, engine_answer *answer); /* infinite: no limit */
-    void (*forget)(engine_session *session);                        /* the next solve starts from nothing */
+    void (*forget)(engine_session *session); /* the next solve starts from nothing */
+
+    /* The next solve starts from this answer's basis, with what is changed from here on: costs alone keep it feasible,
+     * bounds alone keep it dual feasible, and the session solves by what is kept. */
+    void (*restart)(engine_session *session, const engine_answer *basis);
     bool (*ranges)(engine_session *session, engine_ranges *ranges); /* behind a solve that ended optimal */
+
+    /* The same for one number: a cost, or the bound or side that a nonbasic column or row is at. `at` is the answer of
+     * that solve. False: not so, or no such basis. */
+    bool (*range_one)(engine_session *session, const engine_answer *at, engine_number what, int32_t index,
+                      engine_reach *reach);
     void (*close)(engine_session *session);
 };
 

@@ -146,14 +146,13 @@ static HighsInt basis_status(int32_t key, double lower, double upper)
     }
 }
 
-static void pass_basis(highs_session *s)
+void highs_pass_basis(highs_session *s, const std::vector<int32_t> &row_key, const std::vector<int32_t> &col_key)
 {
     const model *m = s->problem.get();
-    const engine_start &start = s->job->start;
-    std::vector<HighsInt> col(start.col_key.size()), row(start.row_key.size());
+    std::vector<HighsInt> col(col_key.size()), row(row_key.size());
 
-    for (size_t j = 0; j < col.size(); j++) col[j] = basis_status(start.col_key[j], m->var_lower[j], m->var_upper[j]);
-    for (size_t i = 0; i < row.size(); i++) row[i] = basis_status(start.row_key[i], m->con_lower[i], m->con_upper[i]);
+    for (size_t j = 0; j < col.size(); j++) col[j] = basis_status(col_key[j], m->var_lower[j], m->var_upper[j]);
+    for (size_t i = 0; i < row.size(); i++) row[i] = basis_status(row_key[i], m->con_lower[i], m->con_upper[i]);
     (void)Highs_setBasis(s->highs, col.data(), row.data());
 }
 
@@ -168,7 +167,7 @@ void highs_pass_start(highs_session *s)
         (void)Highs_setSolution(s->highs, start.x.data(), nullptr, nullptr, nullptr);
     if (!s->is_mip && simplex && start.col_key.size() == static_cast<size_t>(m->num_var) &&
         start.row_key.size() == static_cast<size_t>(m->num_con))
-        pass_basis(s);
+        highs_pass_basis(s, start.row_key, start.col_key);
 }
 
 static HighsInt status_near(double value, double lower, double upper)
@@ -178,17 +177,22 @@ static HighsInt status_near(double value, double lower, double upper)
     return upper - value <= room ? kHighsBasisStatusUpper : kHighsBasisStatusBasic;
 }
 
+std::vector<double> highs_activity(const model *m, const std::vector<double> &x)
+{
+    std::vector<double> activity(static_cast<size_t>(m->num_con), 0.0);
+    for (size_t j = 0; j < x.size(); j++)
+        for (auto k = static_cast<size_t>(m->a.start[j]); k < static_cast<size_t>(m->a.start[j + 1]); k++)
+            activity[static_cast<size_t>(m->a.row[k])] += m->a.value[k] * x[j];
+    return activity;
+}
+
 void highs_set_basis_from_point(highs_session *s, const engine_answer *point)
 {
     const model *m = s->problem.get();
-    std::vector<double> activity(static_cast<size_t>(m->num_con), 0.0);
+    const std::vector<double> activity = highs_activity(m, point->x);
     std::vector<HighsInt> col(point->x.size()), row(activity.size());
 
-    for (size_t j = 0; j < col.size(); j++) {
-        col[j] = status_near(point->x[j], m->var_lower[j], m->var_upper[j]);
-        for (auto k = static_cast<size_t>(m->a.start[j]); k < static_cast<size_t>(m->a.start[j + 1]); k++)
-            activity[static_cast<size_t>(m->a.row[k])] += m->a.value[k] * point->x[j];
-    }
+    for (size_t j = 0; j < col.size(); j++) col[j] = status_near(point->x[j], m->var_lower[j], m->var_upper[j]);
     for (size_t i = 0; i < row.size(); i++) row[i] = status_near(activity[i], m->con_lower[i], m->con_upper[i]);
     (void)Highs_setBasis(s->highs, col.data(), row.data());
 }

@@ -6,7 +6,7 @@
  *
  *   options.cpp   settings and the start        progress.cpp  callbacks: progress, incumbents, stop
  *   answer.cpp    statuses, vectors, rays       adapter.cpp   the record that the library loads, and the order of it all
- *   sessions.cpp  problems that stay loaded */
+ *   sessions.cpp  problems that stay loaded     range_one.cpp  ranging of a single number */
 #pragma once
 
 #include "solver/engines/engine.h"
@@ -51,6 +51,12 @@ void highs_load_hipo();
 /* A start that HiGHS does not take is left out: it is help, not part of the problem. */
 void highs_pass_start(highs_session *s);
 
+/* By the bounds of the session's problem. */
+void highs_pass_basis(highs_session *s, const std::vector<int32_t> &row_key, const std::vector<int32_t> &col_key);
+
+/* Of the rows. */
+std::vector<double> highs_activity(const model *m, const std::vector<double> &x);
+
 /* A basis that a point near an optimum suggests: basic is what lies between its bounds. */
 void highs_set_basis_from_point(highs_session *s, const engine_answer *point);
 
@@ -64,6 +70,10 @@ bool highs_open(highs_session *s, engine_answer *answer);
 
 /* Whether the job is to end. */
 inline bool highs_is_stopped(const highs_session *s) { return s->job->stop.load() || s->job->left.load(); }
+
+/* range_one.cpp: see engine_session_calls. */
+bool highs_range_one(const highs_session *s, const engine_answer *at, engine_number what, int32_t index,
+                     engine_reach *reach);
 
 /* sessions.cpp: problems that stay loaded. */
 extern const engine_session_calls highs_session_calls;

@@ -9,6 +9,7 @@
 struct engine_session {
     highs_session highs;
     std::shared_ptr<model> problem;
+    bool has_restarted = false, costs_changed = false, bounds_changed = false; /* since the restart */
 };
 
 static engine_session *open_session(const std::shared_ptr<engine_job> &job, const model *problem, std::string *message)
@@ -37,6 +38,7 @@ static void row_bounds(engine_session *session, int32_t i, double lower, double 
 {
     session->problem->con_lower[static_cast<size_t>(i)] = lower;
     session->problem->con_upper[static_cast<size_t>(i)] = upper;
+    session->bounds_changed = true;
     (void)Highs_changeRowBounds(session->highs.highs, i, lower, upper);
 }
 
@@ -44,13 +46,24 @@ static void col_bounds(engine_session *session, int32_t j, double lower, double 
 {
     session->problem->var_lower[static_cast<size_t>(j)] = lower;
     session->problem->var_upper[static_cast<size_t>(j)] = upper;
+    session->bounds_changed = true;
     (void)Highs_changeColBounds(session->highs.highs, j, lower, upper);
 }
 
 static void col_cost(engine_session *session, int32_t j, double cost)
 {
     session->problem->c[static_cast<size_t>(j)] = cost;
+    session->costs_changed = true;
     (void)Highs_changeColCost(session->highs.highs, j, cost);
+}
+
+/* From a basis that is feasible still, the primal simplex has a few steps to go, the dual one all of its first phase. */
+static void choose_simplex(const engine_session *session)
+{
+    constexpr HighsInt dual = 1, primal = 4;
+    if (!session->has_restarted) return;
+    (void)Highs_setIntOptionValue(session->highs.highs, "simplex_strategy",
+                                  session->costs_changed && !session->bounds_changed ? primal : dual);
 }
 
 static void solve(engine_session *session, double time_limit_s, engine_answer *answer)
@@ -60,6 +73,7 @@ static void solve(engine_session *session, double time_limit_s, engine_answer *a
     answer->status = ENGINE_STOPPED;
     if (highs_is_stopped(s)) return;
     try {
+        choose_simplex(session);
         (void)Highs_zeroAllClocks(s->highs); /* the limit counts from the first run otherwise */
         (void)Highs_setDoubleOptionValue(s->highs, "time_limit", time_limit_s);
         (void)Highs_run(s->highs);
@@ -73,6 +87,13 @@ static void solve(engine_session *session, double time_limit_s, engine_answer *a
         answer->status = ENGINE_FAILED;
         answer->message = e.what();
     }
+}
+
+static void restart(engine_session *session, const engine_answer *basis)
+{
+    highs_pass_basis(&session->highs, basis->row_key, basis->col_key);
+    session->has_restarted = true;
+    session->costs_changed = session->bounds_changed = false;
 }
 
 static void forget(engine_session *session) { (void)Highs_clearSolver(session->highs.highs); }
@@ -97,7 +118,13 @@ static bool ranges(engine_session *session, engine_ranges *r)
                             r->row.objective_down.data(), nullptr, nullptr) == kHighsStatusOk;
 }
 
+static bool range_one(engine_session *session, const engine_answer *at, engine_number what, int32_t index,
+                      engine_reach *reach)
+{
+    return highs_range_one(&session->highs, at, what, index, reach);
+}
+
 static void close_session(engine_session *session) { delete session; }
 
-const engine_session_calls highs_session_calls = {open_session, row_bounds, col_bounds, col_cost,
-                                                  solve,        forget,     ranges,     close_session};
+const engine_session_calls highs_session_calls = {open_session, row_bounds, col_bounds, col_cost,  solve,
+                                                  forget,       restart,    ranges,     range_one, close_session};
