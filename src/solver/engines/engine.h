@@ -133,6 +133,16 @@ struct engine_ranges {
     engine_range cost, column, row; /* costs; bounds of columns and sides of rows, by activity where they are basic */
 };
 
+/* Sides of rows and bounds of columns: not 0 for those that belong to it. */
+struct engine_sides {
+    std::vector<char> row_lower, row_upper, col_lower, col_upper;
+};
+
+/* What a violation of 1 costs; negative: may not be violated. */
+struct engine_weights {
+    std::vector<double> col_lower, col_upper, row;
+};
+
 /* A problem that stays loaded while bounds and costs change and that is solved again from where it stood: for what asks
  * many small questions. All calls on one session come from one thread, the job's. */
 struct engine_session;
@@ -146,6 +156,15 @@ struct engine_session_calls {
     void (*forget)(engine_session *session);                        /* the next solve starts from nothing */
     bool (*ranges)(engine_session *session, engine_ranges *ranges); /* behind a solve that ended optimal */
     void (*close)(engine_session *session);
+
+    /* Optional, null where the engine has none. The engine's own infeasible part of a continuous problem, as the engine
+     * claims it; false where it finds none within the time. */
+    bool (*infeasible_sides)(engine_session *session, double time_limit_s, engine_sides *sides);
+
+    /* Optional, null where the engine has none. The point of least weighted violation of a continuous problem, as the
+     * engine claims it, in answer->x, with multipliers of the rows in answer->y; false where it finds none within the
+     * time. The statuses of the answer say nothing. */
+    bool (*relax)(engine_session *session, double time_limit_s, const engine_weights *weights, engine_answer *answer);
 };
 
 struct engine_adapter {
