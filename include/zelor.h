@@ -517,8 +517,9 @@ ZLR_API int32_t ZLR_sensitivityreport(ZLR_task *task, int32_t stream);
 /* The part of the task that the certificate in the solution of a kind speaks of, as a new task, which the caller deletes
  * with ZLR_deletetask before the environment. Names and integrality stay.
  * Infeasible (status 5): single sides of rows and bounds of columns that contradict each other, without an objective. By
- * default the set is reduced until the rest is feasible without any one of them; ANALYZE_INFEAS_EFFORT=CERTIFICATE leaves
- * it as the certificate names it. A stop, or ANALYZE_INFEAS_TIME_LIMIT, ends the reduction with the smallest set so far.
+ * default the set is reduced until the rest is feasible without any one of them, where a smaller one is found also to sides
+ * that the certificate does not name; ANALYZE_INFEAS_EFFORT=CERTIFICATE leaves it as the certificate names it. A stop, or
+ * ANALYZE_INFEAS_TIME_LIMIT, ends the reduction with the smallest set so far.
  * Unbounded (status 6): the columns of the ray with their rows, finite sides and bounds 0: it is unbounded.
  * What was found is told on the message stream. Returns ZLR_RES_ERR_NO_SOLUTION where that kind of solution does not exist
  * or is no certificate, ZLR_RES_ERR_ARGUMENT for an unknown kind. On failure *subproblem is null. */

@@ -88,7 +88,7 @@ static int32_t primal_part(ZLR_task *task, int32_t kind, ZLR_task **subproblem)
     r.sides = first_sides(task, &task->sol[kind], limit_s, &r);
     if (is_reduced && !r.is_stopped && r.failure.empty()) {
         const int32_t before = r.num_solved;
-        r = reduce_sides(task, m, r.sides, limit_s - (clock_now_s() - start_s));
+        r = reduce_sides(task, m, sides_all(m), r.sides, limit_s - (clock_now_s() - start_s));
         r.num_solved += before;
     }
     if (!r.failure.empty())

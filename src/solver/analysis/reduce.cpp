@@ -47,34 +47,59 @@ static bool run_filter(ZLR_task *task, const model *m, double deadline_s, reduct
     return f->state.is_confirmed;
 }
 
-/* The answer of one solve on an engine's thread. */
 static work_end solve_once(ZLR_task *task, const std::shared_ptr<const model> &problem, double deadline_s,
                            engine_answer *answer, reduction *r)
 {
-    const auto got = std::make_shared<engine_answer>();
-    const auto mutex = std::make_shared<std::mutex>();
-    const engine_work work = [got, mutex, deadline_s](const engine_adapter *adapter,
-                                                      const std::shared_ptr<engine_job> &job) {
-        std::string message;
+    const auto got = std::make_shared<work_find<engine_answer>>();
+    const session_use use = [got, deadline_s](const engine_session_calls *calls, engine_session *session) {
         engine_answer mine;
-        const engine_session_calls *calls = adapter->sessions;
-        engine_session *session = calls != nullptr ? calls->open(job, job->problem.get(), &message) : nullptr;
-        if (session == nullptr) {
-            const std::lock_guard<std::mutex> lock(job->mutex);
-            job->answer.status = ENGINE_REFUSED;
-            job->answer.message = message;
-            return;
-        }
         calls->solve(session, deadline_s - clock_now_s(), &mine);
-        calls->close(session);
-        const std::lock_guard<std::mutex> lock(*mutex);
-        *got = std::move(mine);
+        const std::lock_guard<std::mutex> lock(got->mutex);
+        got->found = std::move(mine);
     };
-    const work_end end = engines_work(task, problem, {}, deadline_s - clock_now_s(), work, &r->failure);
-    const std::lock_guard<std::mutex> lock(*mutex);
-    *answer = std::move(*got);
     r->num_solved++;
+    const work_end end = engines_session(task, problem, deadline_s - clock_now_s(), use, &r->failure);
+    const std::lock_guard<std::mutex> lock(got->mutex);
+    *answer = std::move(got->found);
     return end;
+}
+
+/* ---- the engine's own facility */
+
+/* What it may take of the time: where it finds a set, it mostly does at once, and where it does not come to its end, ours
+ * still has to be asked. */
+static double engine_limit_s(double rest_s) { return std::min(2.0, rest_s / 4.0); }
+
+static bool is_marked(const engine_sides *marks, const model_side &side)
+{
+    const std::vector<char> &of = side.is_row ? (side.is_upper ? marks->row_upper : marks->row_lower)
+                                              : (side.is_upper ? marks->col_upper : marks->col_lower);
+    return !of.empty() && of[static_cast<size_t>(side.index)] != 0;
+}
+
+/* The set that the engine claims to be infeasible for the relaxation, within `sides`; none where it has no such facility or
+ * finds none. */
+static std::vector<model_side> engine_set(ZLR_task *task, const model *m, const std::vector<model_side> &sides,
+                                          double deadline_s, reduction *r)
+{
+    const side_problem part = sides_problem(m, sides, false);
+    const auto got = std::make_shared<work_find<engine_sides>>();
+    const double limit_s = engine_limit_s(deadline_s - clock_now_s());
+    const session_use use = [got, limit_s](const engine_session_calls *calls, engine_session *session) {
+        engine_sides mine;
+        if (calls->infeasible_sides == nullptr || !calls->infeasible_sides(session, limit_s, &mine)) return;
+        const std::lock_guard<std::mutex> lock(got->mutex);
+        got->found = std::move(mine);
+    };
+    part.problem->var_type.assign(part.problem->var_type.size(), ZLR_VAR_CONT);
+    r->num_solved++;
+    const work_end end = engines_session(task, part.problem, deadline_s - clock_now_s(), use, &r->failure);
+    r->is_stopped = r->is_stopped || is_stopped(end);
+    const std::lock_guard<std::mutex> lock(got->mutex);
+    std::vector<model_side> found;
+    for (size_t k = 0; k < sides.size(); k++)
+        if (is_marked(&got->found, part.sides[k])) found.push_back(sides[k]);
+    return found;
 }
 
 /* ---- proofs of linear problems */
@@ -170,28 +195,56 @@ std::vector<model_side> reduce_by_relaxation(ZLR_task *task, const model *m, con
     return proven_sides(&part, &tol, answer.dual_ray);
 }
 
-reduction reduce_sides(ZLR_task *task, const model *m, const std::vector<model_side> &sides, double time_limit_s)
+/* Ours: a vertex of the proofs, and then each side in turn. */
+static void reduce_from_proof(ZLR_task *task, const model *m, const std::vector<model_side> &sides,
+                              const std::vector<model_side> &proof, double deadline_s, reduction *r)
 {
-    const double deadline_s = clock_now_s() + time_limit_s;
     bool has_proof = true;
-    reduction r;
-
-    r.sides = sides;
-    std::sort(r.sides.begin(), r.sides.end(), row_order);
+    r->sides = proof;
     if (model_num_int(m) > 0) {
         /* Where the relaxation is infeasible already, its sides are few, and integrality has little left to do. */
-        const std::vector<model_side> linear = reduce_by_relaxation(task, m, r.sides, deadline_s - clock_now_s(), &r);
+        const std::vector<model_side> linear = reduce_by_relaxation(task, m, proof, deadline_s - clock_now_s(), r);
         has_proof = !linear.empty();
-        if (has_proof) r.sides = linear;
+        if (has_proof) r->sides = linear;
     }
-    const std::vector<model_side> given = r.sides;
-    if (has_proof && !r.is_stopped && r.failure.empty()) go_to_vertex(task, m, deadline_s, &r);
-    if (r.is_stopped || !r.failure.empty() || run_filter(task, m, deadline_s, &r) || r.is_stopped) return r;
+    const std::vector<model_side> given = r->sides;
+    if (has_proof && !r->is_stopped && r->failure.empty()) go_to_vertex(task, m, deadline_s, r);
+    if (r->is_stopped || !r->failure.empty() || run_filter(task, m, deadline_s, r) || r->is_stopped) return;
     /* A proof holds within the tolerances, and the engine may find a point within its own: then more sides are needed. */
-    for (const std::vector<model_side> &more : {given, sides_all(m)}) {
-        r.sides = more;
-        if (run_filter(task, m, deadline_s, &r) || r.is_stopped || !r.failure.empty()) return r;
+    for (const std::vector<model_side> &more : {given, sides}) {
+        r->sides = more;
+        if (run_filter(task, m, deadline_s, r) || r->is_stopped || !r->failure.empty()) return;
     }
-    r.failure = "no part of it is infeasible beyond the tolerances, so all of it is given";
-    return r;
+    r->failure = "no part of it is infeasible beyond the tolerances, so all of it is given";
+}
+
+/* The engine's own set, where it passes: found infeasible by the filter, each member tried. Returns whether that holds of
+ * all members. */
+static bool reduce_by_engine(ZLR_task *task, const model *m, const std::vector<model_side> &sides, double deadline_s,
+                             reduction *r)
+{
+    r->sides = engine_set(task, m, sides, deadline_s, r);
+    if (r->sides.empty() || r->is_stopped || !r->failure.empty()) return false;
+    if (!run_filter(task, m, deadline_s, r)) r->sides.clear();
+    return r->is_irreducible && !r->sides.empty();
+}
+
+reduction reduce_sides(ZLR_task *task, const model *m, std::vector<model_side> sides, std::vector<model_side> proof,
+                       double time_limit_s)
+{
+    const double deadline_s = clock_now_s() + time_limit_s;
+    reduction first;
+
+    std::sort(sides.begin(), sides.end(), row_order);
+    std::sort(proof.begin(), proof.end(), row_order);
+    if (reduce_by_engine(task, m, sides, deadline_s, &first)) return first;
+    reduction r;
+    r.is_stopped = first.is_stopped;
+    r.failure = first.failure;
+    r.num_solved = first.num_solved;
+    r.sides = proof;
+    if (!r.is_stopped && r.failure.empty()) reduce_from_proof(task, m, sides, proof, deadline_s, &r);
+    if (r.is_irreducible || first.sides.empty() || first.sides.size() >= r.sides.size()) return r;
+    first.num_solved = r.num_solved;
+    return first;
 }

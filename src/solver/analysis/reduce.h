@@ -18,8 +18,10 @@ struct reduction {
     std::string failure;           /* why no engine could help; empty if one did */
 };
 
-/* Reduces `sides`, a set with which `m` is infeasible, for at most `time_limit_s` seconds. Integrality stays. */
-reduction reduce_sides(ZLR_task *task, const model *m, const std::vector<model_side> &sides, double time_limit_s);
+/* Reduces `sides`, a set with which `m` is infeasible, for at most `time_limit_s` seconds; `proof`, all of them or some, is
+ * where a proof has been found already. Integrality stays. */
+reduction reduce_sides(ZLR_task *task, const model *m, std::vector<model_side> sides, std::vector<model_side> proof,
+                       double time_limit_s);
 
 /* A proof that the linear relaxation of `m` with `sides` alone is infeasible, as the sides that it needs; empty if there
  * is none. */

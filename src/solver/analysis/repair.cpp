@@ -5,7 +5,9 @@
 #include "solver/analysis/analysis.h"
 
 #include "solver/analysis/reduce.h"
+#include "solver/analysis/relax.h"
 #include "solver/engines/engines.h"
+#include "solver/report/clock.h"
 
 #include <algorithm>
 #include <cmath>
@@ -155,12 +157,13 @@ static int32_t forward_callback(ZLR_task *, void *handle, const ZLR_progress *pr
 }
 
 /* Solves a problem of our own with the task's parameters, silently; its solution is left in *sol. */
-static int32_t solve_elastic(ZLR_task *task, std::shared_ptr<model> problem, solution *sol)
+static int32_t solve_elastic(ZLR_task *task, std::shared_ptr<model> problem, double time_limit_s, solution *sol)
 {
     ZLR_task own;
     own.env = task->env;
     own.params = task->params;
     own.problem = std::move(problem);
+    own.params.dou[DPAR_TIME_LIMIT] = std::max(0.0, time_limit_s);
     if (task->callback != nullptr) {
         own.callback = forward_callback;
         own.callback_handle = task;
@@ -187,6 +190,36 @@ static bool is_optimal(int32_t solsta)
 {
     return solsta == ZLR_SOLSTA_OPTIMAL || solsta == ZLR_SOLSTA_NEAR_OPTIMAL || solsta == ZLR_SOLSTA_INTEGER_OPTIMAL ||
            solsta == ZLR_SOLSTA_NEAR_INTEGER_OPTIMAL;
+}
+
+static std::vector<double> weights_of(const double *weights, const std::vector<double> &sides)
+{
+    std::vector<double> of(sides.size());
+    for (size_t k = 0; k < of.size(); k++) of[k] = weight_of(weights, sides[k], k);
+    return of;
+}
+
+/* A point of least violation: the engine's own where it is shown to be one, else by the elastic form. */
+static int32_t find_least(ZLR_task *task, const repair_weights *rows, const repair_weights *columns,
+                          std::vector<double> *x)
+{
+    const model *m = task->problem.get();
+    const side_weights weights = {weights_of(rows->lower, m->con_lower), weights_of(rows->upper, m->con_upper),
+                                  weights_of(columns->lower, m->var_lower), weights_of(columns->upper, m->var_upper)};
+    const double start_s = clock_now_s(), limit_s = param_dou(&task->params, DPAR_TIME_LIMIT);
+    solution sol;
+
+    /* What both together take is within the limit. */
+    const relax_end end = relax_by_engine(task, &weights, limit_s / 2.0, x);
+    if (end == RELAX_FOUND) return ZLR_RES_OK;
+    if (end == RELAX_STOPPED) return ZLR_RES_TRM_USER_STOP;
+    const int32_t code = solve_elastic(task, elastic_form(m, rows, columns), limit_s - (clock_now_s() - start_s), &sol);
+    if (code != ZLR_RES_OK) return code;
+    if (sol.solsta == ZLR_SOLSTA_PRIM_INFEAS_CER) return ZLR_RES_ERR_NO_REPAIR;
+    if (!is_optimal(sol.solsta) || !sol.has_primal) return ZLR_RES_TRM_STALL;
+    *x = std::move(sol.xx);
+    x->resize(static_cast<size_t>(m->num_var));
+    return ZLR_RES_OK;
 }
 
 /* ---- what has to change */
@@ -290,7 +323,7 @@ static int32_t tell_clash(ZLR_task *task, const repair_weights *rows, const repa
         const double *weights = side.is_upper ? w->upper : w->lower;
         return weights == nullptr || weights[side.index] >= 0.0;
     });
-    const reduction r = reduce_sides(task, m, hard, param_dou(&task->params, DPAR_ANALYZE_INFEAS_TIME_LIMIT));
+    const reduction r = reduce_sides(task, m, hard, hard, param_dou(&task->params, DPAR_ANALYZE_INFEAS_TIME_LIMIT));
     std::string text = "The problem cannot be repaired: what may not be changed contradicts itself";
     text += r.sides.size() <= screen_lines ? ":\n" : "; among others:\n";
     for (size_t k = 0; k < std::min(r.sides.size(), screen_lines); k++)
@@ -303,26 +336,25 @@ int32_t primal_repair(ZLR_task *task, const double *wlc, const double *wuc, cons
 {
     const repair_weights rows = {wlc, wuc}, columns = {wlx, wux};
     const model *m = task->problem.get();
-    solution sol;
+    std::vector<double> x;
 
     for (const double *weights : {wlc, wuc})
         if (check_weights(weights, m->num_con) != ZLR_RES_OK) return ZLR_RES_ERR_NAN;
     for (const double *weights : {wlx, wux})
         if (check_weights(weights, m->num_var) != ZLR_RES_OK) return ZLR_RES_ERR_NAN;
 
-    const int32_t code = solve_elastic(task, elastic_form(m, &rows, &columns), &sol);
+    const int32_t code = find_least(task, &rows, &columns, &x);
+    if (code == ZLR_RES_ERR_NO_REPAIR) return tell_clash(task, &rows, &columns);
+    if (code == ZLR_RES_TRM_STALL) {
+        streams_write(&task->streams, ZLR_STREAM_ERR, "The primal repair found no answer; nothing is changed.\n");
+        return code;
+    }
     if (code != ZLR_RES_OK) {
         streams_write(&task->streams, ZLR_STREAM_ERR,
                       "The primal repair did not come to its end; nothing is changed.\n");
         return code;
     }
-    if (sol.solsta == ZLR_SOLSTA_PRIM_INFEAS_CER) return tell_clash(task, &rows, &columns);
-    if (!is_optimal(sol.solsta) || !sol.has_primal) {
-        streams_write(&task->streams, ZLR_STREAM_ERR, "The primal repair found no answer; nothing is changed.\n");
-        return ZLR_RES_TRM_STALL;
-    }
-    sol.xx.resize(static_cast<size_t>(m->num_var));
-    const std::vector<side_change> changes = changes_of(task, sol.xx, &rows, &columns);
+    const std::vector<side_change> changes = changes_of(task, x, &rows, &columns);
     print_changes(task, changes);
     if (!changes.empty()) apply_changes(task, changes);
     return ZLR_RES_OK;

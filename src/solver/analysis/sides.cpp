@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 
 static void collect(const std::vector<double> &lower, const std::vector<double> &upper, bool is_row,
                     std::vector<model_side> *sides)
@@ -178,9 +179,20 @@ static std::string row_terms(const model *m, int32_t row, size_t width)
     return text.empty() ? "0" : text;
 }
 
+/* With all its digits: sides that contradict each other can be near each other. */
+static std::string side_number_text(double value)
+{
+    char text[32];
+    for (int digits = 6; digits <= 17; digits++) {
+        (void)std::snprintf(text, sizeof text, "%.*g", digits, value);
+        if (std::strtod(text, nullptr) == value) break;
+    }
+    return text;
+}
+
 std::string side_text(const model *m, const model_side *side, size_t width)
 {
-    const std::string end = (side->is_upper ? " <= " : " >= ") + number_text(side_value(m, side));
+    const std::string end = (side->is_upper ? " <= " : " >= ") + side_number_text(side_value(m, side));
     if (!side->is_row) return names_shown(&m->var_names, side->index, 'x') + end;
     const std::string name = names_shown(&m->con_names, side->index, 'c') + ": ";
     const size_t taken = name.size() + end.size();

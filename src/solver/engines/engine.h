@@ -18,7 +18,7 @@
 #include <string>
 #include <vector>
 
-inline constexpr int32_t engine_abi = 3;
+inline constexpr int32_t engine_abi = 4;
 
 enum engine_method {
     METHOD_CHOOSE = 0, /* the engine's own choice */
@@ -141,6 +141,16 @@ struct engine_reach {
     bool turns_down = false, turns_up = false; /* the price is another one beyond; false: that is not known */
 };
 
+/* Sides of rows and bounds of columns: not 0 for those that belong to it. */
+struct engine_sides {
+    std::vector<char> row_lower, row_upper, col_lower, col_upper;
+};
+
+/* What a violation of 1 costs; negative: may not be violated. */
+struct engine_weights {
+    std::vector<double> col_lower, col_upper, row;
+};
+
 /* A problem that stays loaded while bounds and costs change and that is solved again from where it stood: for what asks
  * many small questions. All calls on one session come from one thread, the job's. */
 struct engine_session;
@@ -163,6 +173,15 @@ struct engine_session_calls {
     bool (*range_one)(engine_session *session, const engine_answer *at, engine_number what, int32_t index,
                       engine_reach *reach);
     void (*close)(engine_session *session);
+
+    /* Optional, null where the engine has none. The engine's own infeasible part of a continuous problem, as the engine
+     * claims it; false where it finds none within the time. */
+    bool (*infeasible_sides)(engine_session *session, double time_limit_s, engine_sides *sides);
+
+    /* Optional, null where the engine has none. The point of least weighted violation of a continuous problem, as the
+     * engine claims it, in answer->x, with multipliers of the rows in answer->y; false where it finds none within the
+     * time. The statuses of the answer say nothing. */
+    bool (*relax)(engine_session *session, double time_limit_s, const engine_weights *weights, engine_answer *answer);
 };
 
 struct engine_adapter {

@@ -46,3 +46,22 @@ work_end engines_work(ZLR_task *task, const std::shared_ptr<const model> &proble
     *message = entry->answer.status == ENGINE_MEMORY ? "out of memory" : entry->answer.message;
     return WORK_REFUSED;
 }
+
+work_end engines_session(ZLR_task *task, const std::shared_ptr<const model> &problem, double time_limit_s,
+                         const session_use &use, std::string *message)
+{
+    const engine_work work = [use](const engine_adapter *adapter, const std::shared_ptr<engine_job> &job) {
+        std::string refusal = "has no sessions";
+        const engine_session_calls *calls = adapter->sessions;
+        engine_session *session = calls != nullptr ? calls->open(job, job->problem.get(), &refusal) : nullptr;
+        if (session == nullptr) {
+            const std::lock_guard<std::mutex> lock(job->mutex);
+            job->answer.status = ENGINE_REFUSED;
+            job->answer.message = refusal;
+            return;
+        }
+        use(calls, session);
+        calls->close(session);
+    };
+    return engines_work(task, problem, {}, time_limit_s, work, message);
+}

@@ -18,3 +18,14 @@ enum work_end {
 [[nodiscard]] work_end engines_work(ZLR_task *task, const std::shared_ptr<const model> &problem,
                                     const engine_start &start, double time_limit_s, const engine_work &work,
                                     std::string *message);
+
+/* The same with a session of the problem, open while `use` works with it. */
+typedef std::function<void(const engine_session_calls *calls, engine_session *session)> session_use;
+[[nodiscard]] work_end engines_session(ZLR_task *task, const std::shared_ptr<const model> &problem, double time_limit_s,
+                                       const session_use &use, std::string *message);
+
+/* What a work has found: it may come behind a stop, when nobody waits for it any more. */
+template <class found_type> struct work_find {
+    std::mutex mutex;
+    found_type found;
+};

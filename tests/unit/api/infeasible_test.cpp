@@ -187,6 +187,19 @@ TEST_F(api_optimize, infeasible_subproblem_is_told_and_named)
     EXPECT_EQ(ZLR_deletetask(&sub), 0);
 }
 
+/* Sides that look the same with few digits contradict each other. */
+TEST_F(api_optimize, infeasible_subproblem_shows_sides_with_all_digits)
+{
+    ZLR_task *sub = nullptr;
+    fill(task, {ZLR_SENSE_MIN, {1.0}, {{-inf, 97.699987, {1.0}}}, {97.700105}, {inf}, {}, 0.0});
+    ASSERT_EQ(ZLR_optimize(task), 0);
+    log.clear();
+    ASSERT_EQ(ZLR_getinfeasiblesubproblem(task, ZLR_SOL_BAS, &sub), 0);
+    EXPECT_NE(log.find("  c1: x1 <= 97.699987\n"), std::string::npos) << log;
+    EXPECT_NE(log.find("  x1 >= 97.700105\n"), std::string::npos) << log;
+    EXPECT_EQ(ZLR_deletetask(&sub), 0);
+}
+
 TEST_F(api_optimize, infeasible_subproblem_without_time_is_the_certificate)
 {
     ZLR_task *sub = nullptr;

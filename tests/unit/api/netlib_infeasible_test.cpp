@@ -40,6 +40,14 @@ static void expect_all_needed(ZLR_task *sub, int32_t accessor, int32_t num)
     }
 }
 
+/* A row that its columns' bounds contradict, found in place of a larger set that is irreducible too. */
+static int32_t expected_rows(const std::string &file)
+{
+    for (const char *const single : {"gams10am", "gran", "pilot4i", "reactor"})
+        if (file.find(single) == 0) return 1;
+    return -1;
+}
+
 class netlib_infeasible : public testing::TestWithParam<std::string>
 {
 };
@@ -61,16 +69,16 @@ TEST_P(netlib_infeasible, subproblem_is_irreducible)
     EXPECT_EQ(status_of(sub), ZLR_SOLSTA_PRIM_INFEAS_CER);
     ASSERT_EQ(ZLR_getnumcon(sub, &rows), 0);
     ASSERT_EQ(ZLR_getnumvar(sub, &columns), 0);
-    /* gran is infeasible by its scale alone: no part of it is, beyond the tolerances. qual is near that: the report does
-     * not claim what was not shown. */
-    if (GetParam().find("gran") == 0) {
-        EXPECT_NE(log.find("not reduced"), std::string::npos);
-    } else if (GetParam().find("qual") != 0) {
-        EXPECT_NE(log.find("irreducible"), std::string::npos);
+    /* Three members of qual are needed only for points of size 1e9: the report does not claim what was not shown. */
+    if (GetParam().find("qual") != 0) {
+        EXPECT_NE(log.find("irreducible"), std::string::npos) << log;
     }
     if (log.find("irreducible") != std::string::npos) {
         expect_all_needed(sub, ZLR_ACC_CON, rows);
         expect_all_needed(sub, ZLR_ACC_VAR, columns);
+    }
+    if (expected_rows(GetParam()) >= 0) {
+        EXPECT_EQ(rows, expected_rows(GetParam())) << log;
     }
     EXPECT_EQ(ZLR_deletetask(&sub), 0);
     EXPECT_EQ(ZLR_deletetask(&task), 0);

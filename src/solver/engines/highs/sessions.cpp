@@ -124,7 +124,77 @@ static bool range_one(engine_session *session, const engine_answer *at, engine_n
     return highs_range_one(&session->highs, at, what, index, reach);
 }
 
+/* Members with what HiGHS says of their sides. Those that it calls free are there for their entries alone. */
+static void mark_sides(const std::vector<HighsInt> &which, const std::vector<HighsInt> &bound, std::vector<char> *lower,
+                       std::vector<char> *upper)
+{
+    for (size_t k = 0; k < which.size(); k++) {
+        const auto index = static_cast<size_t>(which[k]);
+        (*lower)[index] = bound[k] == kHighsIisBoundLower || bound[k] == kHighsIisBoundBoxed ? 1 : 0;
+        (*upper)[index] = bound[k] == kHighsIisBoundUpper || bound[k] == kHighsIisBoundBoxed ? 1 : 0;
+    }
+}
+
+/* HiGHS leaves its arrays of sides unfilled where it has shown nothing, and reads past their end when it copies them: the
+ * first call asks for the numbers only, and the second one, answered from what the first has left, only behind a set
+ * that it stands by. */
+static bool find_infeasible(highs_session *s, double time_limit_s, engine_sides *sides)
+{
+    void *h = s->highs;
+    const model *m = s->problem.get();
+    HighsInt num_col = 0, num_row = 0;
+
+    (void)Highs_setIntOptionValue(h, "iis_strategy", kHighsIisStrategyFromLpRowPriority);
+    (void)Highs_setDoubleOptionValue(h, "iis_time_limit", time_limit_s);
+    if (Highs_getIis(h, &num_col, &num_row, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr) != kHighsStatusOk ||
+        num_col + num_row <= 0 || highs_is_stopped(s))
+        return false;
+    std::vector<HighsInt> col(static_cast<size_t>(m->num_var)), row(static_cast<size_t>(m->num_con)), col_bound(col),
+        row_bound(row);
+    if (Highs_getIis(h, &num_col, &num_row, col.data(), row.data(), col_bound.data(), row_bound.data(), nullptr,
+                     nullptr) != kHighsStatusOk)
+        return false;
+    for (std::vector<HighsInt> *v : {&col, &col_bound}) v->resize(static_cast<size_t>(num_col));
+    for (std::vector<HighsInt> *v : {&row, &row_bound}) v->resize(static_cast<size_t>(num_row));
+    sides->row_lower.assign(static_cast<size_t>(m->num_con), 0);
+    sides->row_upper = sides->row_lower;
+    sides->col_lower.assign(static_cast<size_t>(m->num_var), 0);
+    sides->col_upper = sides->col_lower;
+    mark_sides(row, row_bound, &sides->row_lower, &sides->row_upper);
+    mark_sides(col, col_bound, &sides->col_lower, &sides->col_upper);
+    return true;
+}
+
+static bool infeasible_sides(engine_session *session, double time_limit_s, engine_sides *sides)
+{
+    if (highs_is_stopped(&session->highs)) return false;
+    try {
+        return find_infeasible(&session->highs, time_limit_s, sides);
+    } catch (const std::exception &) { /* help that did not come */
+        return false;
+    }
+}
+
+/* HiGHS calls neither the point nor the multipliers valid when it has put its model back, though it leaves both. */
+static bool relax(engine_session *session, double time_limit_s, const engine_weights *w, engine_answer *answer)
+{
+    highs_session *s = &session->highs;
+    if (highs_is_stopped(s)) return false;
+    try {
+        (void)Highs_zeroAllClocks(s->highs);
+        (void)Highs_setDoubleOptionValue(s->highs, "time_limit", time_limit_s);
+        answer->x.assign(static_cast<size_t>(s->problem->num_var), 0.0);
+        answer->y.assign(static_cast<size_t>(s->problem->num_con), 0.0);
+        return Highs_feasibilityRelaxation(s->highs, 1.0, 1.0, 1.0, w->col_lower.data(), w->col_upper.data(),
+                                           w->row.data()) == kHighsStatusOk &&
+               Highs_getSolution(s->highs, answer->x.data(), nullptr, nullptr, answer->y.data()) == kHighsStatusOk;
+    } catch (const std::exception &) { /* help that did not come */
+        return false;
+    }
+}
+
 static void close_session(engine_session *session) { delete session; }
 
-const engine_session_calls highs_session_calls = {open_session, row_bounds, col_bounds, col_cost,  solve,
-                                                  forget,       restart,    ranges,     range_one, close_session};
+const engine_session_calls highs_session_calls = {open_session, row_bounds,    col_bounds,       col_cost,
+                                                  solve,        forget,        restart,          ranges,
+                                                  range_one,    close_session, infeasible_sides, relax};
