@@ -75,6 +75,10 @@ enum { ZLR_SENSE_MIN = 0, ZLR_SENSE_MAX = 1 };
 /* Variable types. */
 enum { ZLR_VAR_CONT = 0, ZLR_VAR_INT = 1 };
 
+/* Cone types, x the members in their order: quadratic, x1 >= sqrt(x2^2 + ... + xk^2); rotated, 2 x1 x2 >= x3^2 + ... + xk^2
+ * with x1 and x2 at least 0. Each is its own dual cone. */
+enum { ZLR_CT_QUAD = 0, ZLR_CT_RQUAD = 1 };
+
 /* Which side of the matrix an entry speaks of. */
 enum { ZLR_ACC_VAR = 0 /* columns */, ZLR_ACC_CON = 1 /* rows */ };
 
@@ -178,7 +182,8 @@ enum {
     ZLR_RES_ERR_NO_REPAIR = 1252,    /* what may not be changed contradicts itself */
     ZLR_RES_ERR_QCON_EQUALITY = 1290,
     ZLR_RES_ERR_QCON_RANGE = 1292,
-    ZLR_RES_ERR_CONE = 1301,
+    ZLR_RES_ERR_NONCONVEX = 1293, /* a quadratic objective or row is not convex; the message names it */
+    ZLR_RES_ERR_CONE = 1301, /* too few members, a column twice, an unknown type, a head that its bounds keep below 0 */
     ZLR_RES_ERR_NL_EVALUATION = 1433,
     ZLR_RES_ERR_NO_ENGINE = 1500,     /* no installed engine takes this type of problem */
     ZLR_RES_ERR_ENGINE = 1501,        /* every engine tried has failed; the log tells how */
@@ -352,6 +357,7 @@ ZLR_API int32_t ZLR_putmaxnumcon(ZLR_task *task, int32_t num);
 ZLR_API int32_t ZLR_putmaxnumvar(ZLR_task *task, int32_t num);
 ZLR_API int32_t ZLR_putmaxnumanz(ZLR_task *task, int64_t num);
 ZLR_API int32_t ZLR_putmaxnumqnz(ZLR_task *task, int64_t num);
+ZLR_API int32_t ZLR_putmaxnumcone(ZLR_task *task, int32_t num);
 
 /* Appends `num` free rows, or `num` continuous columns fixed at 0. Existing solutions are dropped by this and by every
  * other entry of this family that changes the problem's data. */
@@ -382,6 +388,15 @@ ZLR_API int32_t ZLR_putqobj(ZLR_task *task, int32_t num, const int32_t *subi, co
 ZLR_API int32_t ZLR_putqconk(ZLR_task *task, int32_t i, int32_t num, const int32_t *subi, const int32_t *subj,
                              const double *value);
 
+/* Appends a cone of type ZLR_CT_... over `num` columns, which its members keep in the order given; a column is in one cone
+ * at most. `param` is not used by these types and must be finite. Returns ZLR_RES_ERR_CONE, with a message on the error
+ * stream, for an unknown type, fewer than two members (rotated: three), a column that is in a cone already, a head (the
+ * first member, of a rotated cone the first two) whose upper bound is below 0; ZLR_RES_ERR_INDEX. */
+ZLR_API int32_t ZLR_appendcone(ZLR_task *task, int32_t type, double param, int32_t num, const int32_t *sub);
+
+/* Type and members of cone `k`. `sub` has room for as many as `num` gives; either may be asked alone. */
+ZLR_API int32_t ZLR_getcone(ZLR_task *task, int32_t k, int32_t *type, int32_t *num, int32_t *sub);
+
 /* Replaces column `j` of the matrix. Entries below the parameter DATA_TOL_COEF are dropped. A row that occurs twice
  * gives ZLR_RES_ERR_ARGUMENT. Fast when columns are put in ascending order. */
 ZLR_API int32_t ZLR_putacol(ZLR_task *task, int32_t j, int32_t num, const int32_t *sub, const double *value);
@@ -401,6 +416,7 @@ ZLR_API int32_t ZLR_getvarname(ZLR_task *task, int32_t j, int32_t capacity, char
 ZLR_API int32_t ZLR_getnumcon(ZLR_task *task, int32_t *num);
 ZLR_API int32_t ZLR_getnumvar(ZLR_task *task, int32_t *num);
 ZLR_API int32_t ZLR_getnumanz(ZLR_task *task, int64_t *num);
+ZLR_API int32_t ZLR_getnumcone(ZLR_task *task, int32_t *num);
 ZLR_API int32_t ZLR_getnumintvar(ZLR_task *task, int32_t *num);
 ZLR_API int32_t ZLR_getprobtype(ZLR_task *task, int32_t *type);
 
@@ -440,8 +456,9 @@ ZLR_API int32_t ZLR_getsolsta(ZLR_task *task, int32_t kind, int32_t *solsta);
 ZLR_API int32_t ZLR_getprimalobj(ZLR_task *task, int32_t kind, double *value);
 ZLR_API int32_t ZLR_getdualobj(ZLR_task *task, int32_t kind, double *value);
 
-/* The solution of a kind. Arrays have one entry a row (skc, xc, y, slc, suc), a column (skx, xx, slx, sux) or a cone
- * (skn, snx).
+/* The solution of a kind. Arrays have one entry a row (skc, xc, y, slc, suc), a column (skx, xx, slx, sux, snx) or a cone
+ * (skn). Of a column that is in no cone snx is 0; in a minimisation the members' entries of a cone are in the cone, in a
+ * maximisation their negatives are.
  *   skc, skx, skn  status keys           slc, suc  duals of the rows' lower and upper sides
  *   xc             row activities        slx, sux  duals of the columns' bounds
  *   xx             column values         snx       cone duals

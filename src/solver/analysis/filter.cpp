@@ -96,7 +96,7 @@ static bool is_proof(const filter_run *f, const std::vector<double> &ray, std::v
     const model now = active_problem(f);
     solution proof;
     if (ray.size() != static_cast<size_t>(now.num_con)) return false;
-    solution_reset(&proof, now.num_con, now.num_var);
+    solution_reset(&proof, now.num_con, now.num_var, model_num_cones(&now));
     check_tolerances tol = f->filter->tol;
     tol.dual = std::min(tol.dual, proof_tol);
     if (!certificate_from_dual_ray(&now, &tol, ray, &proof)) return false;

@@ -109,7 +109,7 @@ static std::vector<model_side> proven_sides(const side_problem *part, const chec
                                             const std::vector<double> &y)
 {
     solution proof;
-    solution_reset(&proof, part->problem->num_con, part->problem->num_var);
+    solution_reset(&proof, part->problem->num_con, part->problem->num_var, model_num_cones(part->problem.get()));
     std::vector<model_side> sides;
     if (!certificate_from_dual_ray(part->problem.get(), tol, y, &proof)) return sides;
     for (model_side side : sides_of_certificate(&proof)) {

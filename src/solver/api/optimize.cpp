@@ -85,8 +85,8 @@ template <class value_type> static void copy_out(const std::vector<value_type> &
 }
 
 int32_t ZLR_getsolution(ZLR_task *task, int32_t kind, int32_t *prosta, int32_t *solsta, int32_t *skc, int32_t *skx,
-                        int32_t * /* skn: there are no cones yet */, double *xc, double *xx, double *y, double *slc,
-                        double *suc, double *slx, double *sux, double * /* snx */)
+                        int32_t *skn, double *xc, double *xx, double *y, double *slc, double *suc, double *slx,
+                        double *sux, double *snx)
 {
     return api_task(task, [&]() -> int32_t {
         const solution *sol = nullptr;
@@ -103,6 +103,8 @@ int32_t ZLR_getsolution(ZLR_task *task, int32_t kind, int32_t *prosta, int32_t *
         copy_out(sol->suc, suc);
         copy_out(sol->slx, slx);
         copy_out(sol->sux, sux);
+        copy_out(sol->skn, skn);
+        copy_out(sol->snx, snx);
         return ZLR_RES_OK;
     });
 }
@@ -126,15 +128,15 @@ static int32_t copy_keys(const int32_t *from, std::vector<int32_t> *to)
     return ZLR_RES_OK;
 }
 
-int32_t ZLR_putsolution(ZLR_task *task, int32_t kind, const int32_t *skc, const int32_t *skx, const int32_t * /* skn */,
+int32_t ZLR_putsolution(ZLR_task *task, int32_t kind, const int32_t *skc, const int32_t *skx, const int32_t *skn,
                         const double *xc, const double *xx, const double *y, const double *slc, const double *suc,
-                        const double *slx, const double *sux, const double * /* snx */)
+                        const double *slx, const double *sux, const double *snx)
 {
     return api_task(task, [&]() -> int32_t {
         if (kind < 0 || kind > ZLR_SOL_ITG) return ZLR_RES_ERR_ARGUMENT;
         const model *m = task->problem.get();
         solution sol;
-        solution_reset(&sol, m->num_con, m->num_var);
+        solution_reset(&sol, m->num_con, m->num_var, model_num_cones(m));
         int32_t res = copy_keys(skc, &sol.skc);
         const auto keys = [&](const int32_t *from, std::vector<int32_t> *to) {
             if (res == ZLR_RES_OK) res = copy_keys(from, to);
@@ -143,6 +145,7 @@ int32_t ZLR_putsolution(ZLR_task *task, int32_t kind, const int32_t *skc, const 
             if (res == ZLR_RES_OK) res = copy_values(from, to);
         };
         keys(skx, &sol.skx);
+        keys(skn, &sol.skn);
         values(xc, &sol.xc);
         values(xx, &sol.xx);
         values(y, &sol.y);
@@ -150,6 +153,7 @@ int32_t ZLR_putsolution(ZLR_task *task, int32_t kind, const int32_t *skc, const 
         values(suc, &sol.suc);
         values(slx, &sol.slx);
         values(sux, &sol.sux);
+        values(snx, &sol.snx);
         if (res != ZLR_RES_OK) return res;
         sol.has_keys = skx != nullptr && (skc != nullptr || m->num_con == 0);
         sol.has_primal = xx != nullptr;

@@ -221,6 +221,47 @@ int32_t ZLR_putqconk(ZLR_task *task, int32_t i, int32_t num, const int32_t *subi
     });
 }
 
+int32_t ZLR_putmaxnumcone(ZLR_task *task, int32_t num)
+{
+    return api_task(task, [&]() -> int32_t {
+        if (num < 0) return ZLR_RES_ERR_ARGUMENT;
+        task_edit(task)->cones.reserve(static_cast<size_t>(num));
+        return ZLR_RES_OK;
+    });
+}
+
+int32_t ZLR_appendcone(ZLR_task *task, int32_t type, double param, int32_t num, const int32_t *sub)
+{
+    return api_task(task, [&]() -> int32_t {
+        const model *m = task->problem.get();
+        if (num < 0 || !std::isfinite(param)) return ZLR_RES_ERR_ARGUMENT;
+        if (num > 0 && sub == nullptr) return ZLR_RES_ERR_NULL_POINTER;
+        const std::vector<int32_t> member(sub, sub + num);
+        if (std::any_of(member.begin(), member.end(), [&](int32_t j) { return bad_index(j, m->num_var); }))
+            return ZLR_RES_ERR_INDEX;
+        const std::string complaint = model_cone_complaint(m, type, member);
+        if (!complaint.empty()) {
+            streams_printf(&task->streams, ZLR_STREAM_ERR, "Cone %d is not valid: %s.\n", model_num_cones(m) + 1,
+                           complaint.c_str());
+            return ZLR_RES_ERR_CONE;
+        }
+        task_edit(task)->cones.push_back({type, member});
+        return ZLR_RES_OK;
+    });
+}
+
+int32_t ZLR_getcone(ZLR_task *task, int32_t k, int32_t *type, int32_t *num, int32_t *sub)
+{
+    return api_task(task, [&]() -> int32_t {
+        if (bad_index(k, model_num_cones(task->problem.get()))) return ZLR_RES_ERR_INDEX;
+        const model_cone &cone = task->problem->cones[static_cast<size_t>(k)];
+        api_put(type, cone.type);
+        api_put(num, static_cast<int32_t>(cone.member.size()));
+        if (sub != nullptr) std::copy(cone.member.begin(), cone.member.end(), sub);
+        return ZLR_RES_OK;
+    });
+}
+
 int32_t ZLR_putacol(ZLR_task *task, int32_t j, int32_t num, const int32_t *sub, const double *value)
 {
     return api_task(task, [&]() -> int32_t {
@@ -334,6 +375,14 @@ int32_t ZLR_getnumanz(ZLR_task *task, int64_t *num)
     if (task == nullptr) return ZLR_RES_ERR_NULL_HANDLE;
     api_put(num, model_num_nz(task->problem.get()));
     return ZLR_RES_OK;
+}
+
+int32_t ZLR_getnumcone(ZLR_task *task, int32_t *num)
+{
+    return api_task(task, [&]() -> int32_t {
+        api_put(num, model_num_cones(task->problem.get()));
+        return ZLR_RES_OK;
+    });
 }
 
 int32_t ZLR_getnumintvar(ZLR_task *task, int32_t *num)

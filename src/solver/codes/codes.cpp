@@ -37,6 +37,7 @@ static constexpr code_row codes[] = {
     ROW(ZLR_RES_ERR_NO_REPAIR,        ZLR_CLASS_ERROR, "What a repair may not change contradicts itself"),
     ROW(ZLR_RES_ERR_QCON_EQUALITY,    ZLR_CLASS_ERROR, "A quadratic or nonlinear row is an equality"),
     ROW(ZLR_RES_ERR_QCON_RANGE,       ZLR_CLASS_ERROR, "A quadratic or nonlinear row has two different bounds"),
+    ROW(ZLR_RES_ERR_NONCONVEX,        ZLR_CLASS_ERROR, "A quadratic objective or row is not convex"),
     ROW(ZLR_RES_ERR_CONE,             ZLR_CLASS_ERROR, "A cone is not valid"),
     ROW(ZLR_RES_ERR_NL_EVALUATION,    ZLR_CLASS_ERROR, "A nonlinear function cannot be evaluated"),
     ROW(ZLR_RES_ERR_NO_ENGINE,        ZLR_CLASS_ERROR, "No installed engine takes this type of problem"),

@@ -35,7 +35,7 @@ check_result answer_to_solution(const model *m, const check_tolerances *tol, con
 {
     check_result found;
 
-    solution_reset(sol, m->num_con, m->num_var);
+    solution_reset(sol, m->num_con, m->num_var, model_num_cones(m));
     sol->has_primal = is_usable(answer->x, m->num_var);
     sol->has_dual = is_usable(answer->y, m->num_con);
     if (!sol->has_primal && !sol->has_dual) return found;
@@ -59,7 +59,7 @@ check_result answer_to_solution(const model *m, const check_tolerances *tol, con
 static check_result check_point(const model *m, const check_tolerances *tol, const std::vector<double> &x,
                                 solution *sol)
 {
-    solution_reset(sol, m->num_con, m->num_var);
+    solution_reset(sol, m->num_con, m->num_var, model_num_cones(m));
     sol->xx = x;
     sol->has_primal = true;
     check_complete(m, tol, sol);
@@ -81,7 +81,7 @@ check_result answer_to_incumbent(const model *m, const check_tolerances *tol, co
 
     *clean = false;
     if (!is_usable(x, m->num_var)) {
-        solution_reset(sol, m->num_con, m->num_var);
+        solution_reset(sol, m->num_con, m->num_var, model_num_cones(m));
         return {};
     }
     for (size_t j = 0; j < exact.size(); j++)

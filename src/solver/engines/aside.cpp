@@ -99,7 +99,7 @@ static interval bounds_of(const model *m, const check_tolerances *tol, bool inte
 
 static void set_integer_infeasible(const model *m, solution *sol)
 {
-    solution_reset(sol, m->num_con, m->num_var);
+    solution_reset(sol, m->num_con, m->num_var, model_num_cones(m));
     sol->defined = true;
     sol->prosta = ZLR_PRO_PRIM_INFEAS;
     sol->solsta = ZLR_SOLSTA_PRIM_INFEAS_CER;
@@ -159,7 +159,7 @@ static void solve_without_matrix(const model *m, const check_tolerances *tol, bo
         (void)certificate_from_dual_ray(m, tol, ray, sol);
         return;
     }
-    solution_reset(sol, m->num_con, m->num_var);
+    solution_reset(sol, m->num_con, m->num_var, model_num_cones(m));
     for (size_t j = 0; j < sol->xx.size(); j++) {
         if (place_column(m, tol, integers, j, sol)) continue;
         std::vector<double> direction(sol->xx.size(), 0.0);
@@ -190,7 +190,7 @@ bool aside_trivial(const model *m, const check_tolerances *tol, double crossed_t
         return true;
     /* An integer solution has a status and no ray. */
     const int32_t prosta = sol->prosta, solsta = sol->solsta;
-    solution_reset(sol, m->num_con, m->num_var);
+    solution_reset(sol, m->num_con, m->num_var, model_num_cones(m));
     sol->defined = true;
     sol->prosta = prosta;
     sol->solsta = solsta;

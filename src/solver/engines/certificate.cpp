@@ -150,7 +150,7 @@ bool certificate_from_dual_ray(const model *m, const check_tolerances *tol, cons
     double best_ratio = model_inf;
     for (const double sign : {1.0, -1.0}) {
         solution trial;
-        solution_reset(&trial, m->num_con, m->num_var);
+        solution_reset(&trial, m->num_con, m->num_var, model_num_cones(m));
         trial.y = ray;
         clean(&trial.y, largest);
         scale(&trial.y, sign / largest);
@@ -207,7 +207,7 @@ bool certificate_from_primal_ray(const model *m, const check_tolerances *tol, co
     const double largest = largest_entry(ray);
     if (!(largest > 0.0) || !std::isfinite(largest)) return false;
 
-    solution_reset(sol, m->num_con, m->num_var);
+    solution_reset(sol, m->num_con, m->num_var, model_num_cones(m));
     sol->xx = ray;
     clean(&sol->xx, largest);
     scale(&sol->xx, 1.0 / largest);
@@ -232,7 +232,7 @@ void certificate_from_crossed_bounds(const model *m, bool is_row, int32_t index,
     const double lower = is_row ? m->con_lower[at] : m->var_lower[at];
     const double upper = is_row ? m->con_upper[at] : m->var_upper[at];
 
-    solution_reset(sol, m->num_con, m->num_var);
+    solution_reset(sol, m->num_con, m->num_var, model_num_cones(m));
     /* Both sides of the one row or column, so that y and the reduced cost are 0. */
     (is_row ? sol->slc : sol->slx)[at] = sign;
     (is_row ? sol->suc : sol->sux)[at] = sign;

@@ -70,6 +70,7 @@ struct engine_answer {
     std::vector<double> x;                 /* columns */
     std::vector<double> y;                 /* row multipliers */
     std::vector<double> reduced;           /* reduced costs */
+    std::vector<double> cone_dual;         /* columns: duals of cones, 0 where a column is in none */
     std::vector<int32_t> row_key, col_key; /* a basis */
     std::vector<double> primal_ray;        /* columns: certificate of dual infeasibility */
     std::vector<double> dual_ray;          /* rows: certificate of primal infeasibility */

@@ -92,7 +92,7 @@ void judge_certificate(optimization *o, const solution *certificate)
         if (!o->plan.sought[kind]) continue;
         o->best[kind] = *certificate;
         if (kind != ZLR_SOL_ITG) continue;
-        solution_reset(&o->best[kind], o->problem->num_con, o->problem->num_var);
+        solution_reset(&o->best[kind], o->problem->num_con, o->problem->num_var, model_num_cones(o->problem.get()));
         o->best[kind].defined = true;
         o->best[kind].prosta = certificate->prosta;
         o->best[kind].solsta = certificate->solsta;

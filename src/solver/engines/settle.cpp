@@ -90,7 +90,7 @@ static finding find_direction(optimization *o, solution *certificate)
 static void settle_infeasible_integer(optimization *o)
 {
     solution status;
-    solution_reset(&status, o->problem->num_con, o->problem->num_var);
+    solution_reset(&status, o->problem->num_con, o->problem->num_var, model_num_cones(o->problem.get()));
     status.defined = true;
     status.prosta = ZLR_PRO_PRIM_INFEAS;
     status.solsta = ZLR_SOLSTA_PRIM_INFEAS_CER;

@@ -498,7 +498,7 @@ int32_t solution_file_read(const io_context *io, const model *m, int32_t kind, s
     const source_holder holder(in);
     lines_open(&r.lines, io, in);
 
-    solution_reset(&r.sol, m->num_con, m->num_var);
+    solution_reset(&r.sol, m->num_con, m->num_var, model_num_cones(m));
     list_items(&r.items[ITEM_ROW], &m->con_names, m->num_con, 'c', "row");
     list_items(&r.items[ITEM_COLUMN], &m->var_names, m->num_var, 'x', "column");
     res = read_all(&r);

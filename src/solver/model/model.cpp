@@ -32,8 +32,11 @@ int32_t model_num_int(const model *m)
     return static_cast<int32_t>(std::count(m->var_type.begin(), m->var_type.end(), ZLR_VAR_INT));
 }
 
+int32_t model_num_cones(const model *m) { return static_cast<int32_t>(m->cones.size()); }
+
 int32_t model_problem_type(const model *m)
 {
+    if (!m->cones.empty()) return ZLR_PROBTYPE_CONIC;
     if (!m->qcon.empty()) return ZLR_PROBTYPE_QCQO;
     return m->qobj.empty() ? ZLR_PROBTYPE_LO : ZLR_PROBTYPE_QO;
 }
@@ -105,16 +108,54 @@ int32_t bounds_from_key(int32_t key, double lower, double upper, double infinite
     return ZLR_RES_OK;
 }
 
-namespace
+std::string model_cone_complaint(const model *m, int32_t type, const std::vector<int32_t> &member)
 {
-/* x'Qx/2 by its lower triangle: an entry off the diagonal stands for itself and its mirror image. */
+    if (type != ZLR_CT_QUAD && type != ZLR_CT_RQUAD) return "its type is not known";
+    const size_t heads = cone_num_heads(type);
+    if (member.size() < heads + 1)
+        return "it has " + std::to_string(member.size()) + " columns, and needs at least " + std::to_string(heads + 1);
+    const auto name = [&](int32_t j) { return names_shown(&m->var_names, j, 'x'); };
+    std::vector<int32_t> sorted = member;
+    std::sort(sorted.begin(), sorted.end());
+    const auto twice = std::adjacent_find(sorted.begin(), sorted.end());
+    if (twice != sorted.end()) return "column " + name(*twice) + " is in it twice";
+    for (const model_cone &other : m->cones)
+        for (const int32_t j : other.member)
+            if (std::binary_search(sorted.begin(), sorted.end(), j))
+                return "column " + name(j) + " is in another cone already";
+    for (size_t k = 0; k < heads; k++)
+        if (m->var_upper[static_cast<size_t>(member[k])] < 0.0)
+            return "the upper bound of its head " + name(member[k]) + " is below 0";
+    return "";
+}
+
+double cone_violation(const model_cone *cone, const double *x)
+{
+    const auto value = [&](size_t k) { return x[cone->member[k]]; };
+    const size_t heads = cone_num_heads(cone->type);
+    double norm = 0.0;
+    for (size_t k = heads; k < cone->member.size(); k++) norm = std::hypot(norm, value(k));
+    if (cone->type == ZLR_CT_QUAD) return std::max(0.0, norm - value(0));
+    /* 2uv >= w^2 is the quadratic cone in (u + v, u - v, sqrt(2) w), whose head moves by twice as much as u and v. */
+    const double u = value(0), v = value(1);
+    return std::max({0.0, -u, -v, (std::hypot(u - v, std::sqrt(2.0) * norm) - (u + v)) / 2.0});
+}
+
+void quad_add_product(const std::vector<quad_term> &terms, const double *x, double factor, double *out)
+{
+    for (const quad_term &t : terms) {
+        out[t.i] += factor * t.value * x[t.j];
+        if (t.i != t.j) out[t.j] += factor * t.value * x[t.i];
+    }
+}
+
+/* By the lower triangle: an entry off the diagonal stands for itself and its mirror image. */
 double quad_value(const std::vector<quad_term> &terms, const double *x)
 {
     double sum = 0.0;
     for (const quad_term &t : terms) sum += (t.i == t.j ? 0.5 : 1.0) * t.value * x[t.i] * x[t.j];
     return sum;
 }
-}  // namespace
 
 double model_objective(const model *m, const double *x)
 {

@@ -19,6 +19,7 @@ struct solution_check {
     int32_t worst_row = -1;
     int32_t worst_bound = -1;
     int32_t worst_int = -1;
+    int32_t worst_cone = -1;
     int32_t worst_dual = -1; /* column */
 };
 
@@ -31,8 +32,9 @@ struct solution {
 
     /* Each of the row or column arrays is of full length when the solution is defined. For a certificate xx and xc are
      * the ray (status 6), or y and the bound duals are (status 5), scaled so that the largest entry is 1. */
-    std::vector<int32_t> skc, skx;
+    std::vector<int32_t> skc, skx, skn;
     std::vector<double> xc, xx, y, slc, suc, slx, sux;
+    std::vector<double> snx; /* cone duals by column; empty where there are no cones */
 
     /* What is there to start from: a given start may hold only one of them. */
     bool has_keys = false, has_primal = false, has_dual = false;
@@ -41,7 +43,7 @@ struct solution {
 };
 
 /* Makes every array of full length, zero, keys undefined, and the solution undefined. */
-void solution_reset(solution *sol, int32_t num_con, int32_t num_var);
+void solution_reset(solution *sol, int32_t num_con, int32_t num_var, int32_t num_cones = 0);
 
 /* Undefined and empty: releases the arrays. */
 void solution_clear(solution *sol);
