@@ -18,7 +18,7 @@
 #include <string>
 #include <vector>
 
-inline constexpr int32_t engine_abi = 4;
+inline constexpr int32_t engine_abi = 5;
 
 enum engine_method {
     METHOD_CHOOSE = 0, /* the engine's own choice */
