@@ -106,6 +106,7 @@ static void prepare_point(solution_view *v)
     if (s->has_primal) model_activity(v->m, s->xx.data(), s->xc.data());
     /* A solution that was installed or read may have the multipliers of the rows alone. */
     if (s->has_dual && !has_sides(s)) check_complete(v->m, &v->tol, s);
+    if (s->has_dual) v->reduced = gradient_reduced_costs(v->m, &v->tol, s);
     v->found = check_solution(v->m, &v->tol, v->kind == ZLR_SOL_ITG, s);
 }
 
@@ -199,9 +200,8 @@ static void add_sizes(solution_view *v)
     if (s->has_primal) add_size(v, "Columns", s->xx, false);
     if (s->has_primal) add_size(v, "Row activities", s->xc, true);
     if (!s->has_dual) return;
-    std::vector<double> reduced(s->slx.size());
-    for (size_t j = 0; j < reduced.size(); j++)
-        reduced[j] = check_reduced_cost(v->m, &v->tol, s->y, static_cast<int32_t>(j)).value;
+    std::vector<double> reduced;
+    for (const reduced_cost &d : v->reduced) reduced.push_back(d.value);
     add_size(v, "Row duals", s->y, true);
     add_size(v, "Reduced costs", reduced, false);
 }

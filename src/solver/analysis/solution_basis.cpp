@@ -113,7 +113,7 @@ static basis_entry column_entry(const solution_view *v, size_t j)
     basis_entry e = {false, static_cast<int32_t>(j), s->skx[j], s->xx[j], v->m->var_lower[j], v->m->var_upper[j], 0.0,
                      0.0};
     if (s->has_dual) {
-        const reduced_cost d = check_reduced_cost(v->m, &v->tol, s->y, e.index);
+        const reduced_cost &d = v->reduced[j];
         e.multiplier = d.value;
         e.multiplier_allowed = d.allowed;
     }

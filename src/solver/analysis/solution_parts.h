@@ -2,7 +2,7 @@
 #pragma once
 
 #include "solver/analysis/analysis.h"
-#include "solver/engines/check.h"
+#include "solver/engines/gradient.h"
 
 #include <string>
 #include <vector>
@@ -15,6 +15,7 @@ struct solution_view {
     check_tolerances tol;
     solution sol;          /* a copy: activities computed anew, duals put on their sides, checked */
     check_result found;    /* of that check */
+    std::vector<reduced_cost> reduced; /* by column; empty without duals */
     size_t num_listed = 0; /* names in a list */
     std::string text;
 };

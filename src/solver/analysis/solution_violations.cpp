@@ -11,7 +11,7 @@ struct violation_class {
     ranked_list worst;
 };
 
-static const char *const class_titles[CHECK_NUM] = {"Rows",       "Bounds",       "Integrality",
+static const char *const class_titles[CHECK_NUM] = {"Rows",       "Bounds",       "Integrality",    "Cones",
                                                     "Dual signs", "Stationarity", "Complementarity"};
 
 static double side_of(double value, double lower, double upper) { return value < lower ? lower : upper; }
@@ -31,7 +31,8 @@ static dual_at dual_of(const solution_view *v, bool is_row, int32_t index)
     const auto at = static_cast<size_t>(index);
     const solution *s = &v->sol;
     if (is_row) return {s->y[at], s->slc[at], s->suc[at]};
-    return {check_reduced_cost(v->m, &v->tol, s->y, index).value, s->slx[at], s->sux[at]};
+    const double on_cone = s->snx.empty() ? 0.0 : s->snx[at];
+    return {v->reduced[at].value - on_cone, s->slx[at], s->sux[at]};
 }
 
 static std::string sign_text(const solution_view *v, bool is_row, int32_t index)
@@ -82,6 +83,7 @@ static std::string residual_text(const solution_view *v, check_what what, bool i
     case CHECK_ROW: return off_side("activity", v->sol.xc[at], v->m->con_lower[at], v->m->con_upper[at]);
     case CHECK_BOUND: return off_side("value", v->sol.xx[at], v->m->var_lower[at], v->m->var_upper[at]);
     case CHECK_INTEGRALITY: return text_format("value %.9g", v->sol.xx[at]);
+    case CHECK_CONE: return "outside the cone with the head";
     case CHECK_SIGN: return sign_text(v, is_row, index);
     case CHECK_STATIONARITY: return stationarity_text(v, is_row, index);
     default: return product_text(v, is_row, index);
@@ -95,6 +97,7 @@ static bool is_looked_at(const solution_view *v, int32_t what)
     switch (what) {
     case CHECK_ROW:
     case CHECK_BOUND: return primal;
+    case CHECK_CONE: return primal && !v->m->cones.empty();
     case CHECK_INTEGRALITY: return primal && v->kind == ZLR_SOL_ITG && model_num_int(v->m) > 0;
     case CHECK_SIGN:
     case CHECK_STATIONARITY: return dual;
@@ -138,7 +141,9 @@ void solution_add_violations(solution_view *v)
         c->total += r.size;
         c->num++;
         if (r.size > r.allowed) c->num_above++;
-        ranked_add(&c->worst, {r.is_row, r.index, r.size});
+        const bool is_cone = r.what == CHECK_CONE; /* named by its head */
+        const int32_t index = is_cone ? v->m->cones[static_cast<size_t>(r.index)].member[0] : r.index;
+        ranked_add(&c->worst, {r.is_row, index, r.size});
     });
 
     text_append(&v->text, "\nViolations on the problem's own data\n  %-16s %10s %10s %10s %10s\n", "", "largest",

@@ -54,12 +54,45 @@ static void recede(std::vector<double> *lower, std::vector<double> *upper, doubl
     for (double &side : *upper) side = std::isfinite(side) ? 0.0 : open;
 }
 
+/* Adds the rows Qd = 0 for the objective's Q: a convex quadratic objective improves without end only where it is flat. */
+static void keep_quadratic_flat(const model *m, model *p)
+{
+    if (m->qobj.empty()) return;
+    std::vector<int32_t> row_of(static_cast<size_t>(m->num_var), -1);
+    std::vector<std::vector<std::pair<int32_t, double>>> added(row_of.size());
+    const auto add = [&](int32_t i, int32_t j, double value) {
+        int32_t &row = row_of[static_cast<size_t>(i)];
+        if (row < 0) row = p->num_con++;
+        added[static_cast<size_t>(j)].emplace_back(row, value);
+    };
+    for (const quad_term &t : m->qobj) {
+        add(t.i, t.j, t.value);
+        if (t.i != t.j) add(t.j, t.i, t.value);
+    }
+    p->con_lower.resize(static_cast<size_t>(p->num_con), 0.0);
+    p->con_upper.resize(p->con_lower.size(), 0.0);
+    sparse_columns a;
+    for (size_t j = 0; j < row_of.size(); j++) {
+        for (auto k = static_cast<size_t>(p->a.start[j]); k < static_cast<size_t>(p->a.start[j + 1]); k++) {
+            a.row.push_back(p->a.row[k]);
+            a.value.push_back(p->a.value[k]);
+        }
+        for (const auto &[row, value] : added[j]) {
+            a.row.push_back(row);
+            a.value.push_back(value);
+        }
+        a.start.push_back(static_cast<int64_t>(a.row.size()));
+    }
+    p->a = std::move(a);
+}
+
 std::shared_ptr<model> aside_recession(const model *m)
 {
     std::shared_ptr<model> p = copy_of(m);
 
     recede(&p->con_lower, &p->con_upper, model_inf);
     recede(&p->var_lower, &p->var_upper, 1.0);
+    keep_quadratic_flat(m, p.get());
     return p;
 }
 

@@ -77,6 +77,24 @@ static double homogeneous_cost(const model *m, const std::vector<double> &y, siz
     return value;
 }
 
+/* Duals of cones that are no duals of them. */
+static void add_cones(const model *m, double sign, const std::vector<double> &snx, proof *p)
+{
+    std::vector<double> dual;
+    for (const model_cone &cone : m->cones) {
+        model_cone places = cone;
+        dual.clear();
+        for (size_t k = 0; k < cone.member.size(); k++) {
+            places.member[k] = static_cast<int32_t>(k);
+            dual.push_back(sign * snx[static_cast<size_t>(cone.member[k])]);
+        }
+        const double outside = cone_violation(&places, dual.data());
+        if (outside > sum_rounding * largest_entry(dual)) p->residual = std::max(p->residual, outside);
+    }
+}
+
+static double on_cone(const solution *sol, size_t j) { return sol->snx.empty() ? 0.0 : sol->snx[j]; }
+
 /* What the duals of the sides amount to, with the signs of a minimisation (`sign` 1) or of a maximisation (-1). */
 static proof add_up(const model *m, double sign, const solution *sol)
 {
@@ -87,9 +105,24 @@ static proof add_up(const model *m, double sign, const solution *sol)
     for (size_t j = 0; j < sol->slx.size(); j++) {
         double terms = 0.0;
         const double value = homogeneous_cost(m, sol->y, j, &terms);
-        add_sides(value, terms, sign, m->var_lower[j], m->var_upper[j], sol->slx[j], sol->sux[j], &p);
+        add_sides(value - on_cone(sol, j), terms, sign, m->var_lower[j], m->var_upper[j], sol->slx[j], sol->sux[j], &p);
     }
+    add_cones(m, sign, sol->snx, &p);
     return p;
+}
+
+/* On the columns of cones the reduced cost is the cone's, but for what an engine gives to bounds. */
+static void fill_cones(const model *m, const std::vector<double> &cone_dual, double factor, solution *sol)
+{
+    for (const model_cone &cone : m->cones) {
+        for (const int32_t member : cone.member) {
+            const auto j = static_cast<size_t>(member);
+            double terms = 0.0;
+            const bool is_free = std::isinf(m->var_lower[j]) && std::isinf(m->var_upper[j]);
+            sol->snx[j] = is_free || cone_dual.size() != sol->snx.size() ? homogeneous_cost(m, sol->y, j, &terms)
+                                                                         : factor * cone_dual[j];
+        }
+    }
 }
 
 /* Fills the duals of `sol` from sol->y as for a minimisation. */
@@ -100,7 +133,7 @@ static proof prove_infeasible(const model *m, solution *sol)
     for (size_t j = 0; j < sol->slx.size(); j++) {
         double terms = 0.0;
         const double value = homogeneous_cost(m, sol->y, j, &terms);
-        split(value, terms, m->var_lower[j], m->var_upper[j], &sol->slx[j], &sol->sux[j]);
+        split(value - on_cone(sol, j), terms, m->var_lower[j], m->var_upper[j], &sol->slx[j], &sol->sux[j]);
     }
     return add_up(m, 1.0, sol);
 }
@@ -130,17 +163,17 @@ static void set_status(solution *sol, double ratio, int32_t full, int32_t near, 
 static void finish_dual(const model *m, const proof *p, solution *sol)
 {
     double largest = 0.0;
-    for (const std::vector<double> *v : {&sol->y, &sol->slc, &sol->suc, &sol->slx, &sol->sux})
+    for (const std::vector<double> *v : {&sol->y, &sol->slc, &sol->suc, &sol->slx, &sol->sux, &sol->snx})
         largest = std::max(largest, largest_entry(*v));
     const double factor = (m->sense == ZLR_SENSE_MAX ? -1.0 : 1.0) / (largest > 0.0 ? largest : 1.0);
-    for (std::vector<double> *v : {&sol->y, &sol->slc, &sol->suc, &sol->slx, &sol->sux}) scale(v, factor);
+    for (std::vector<double> *v : {&sol->y, &sol->slc, &sol->suc, &sol->slx, &sol->sux, &sol->snx}) scale(v, factor);
     sol->dual_obj = p->value * factor;
     sol->check.dual = p->residual * std::fabs(factor);
     sol->has_dual = true;
 }
 
 bool certificate_from_dual_ray(const model *m, const check_tolerances *tol, const std::vector<double> &ray,
-                               solution *sol)
+                               solution *sol, const std::vector<double> &cone_dual)
 {
     const double largest = largest_entry(ray);
     if (!(largest > 0.0) || !std::isfinite(largest)) return false;
@@ -154,6 +187,7 @@ bool certificate_from_dual_ray(const model *m, const check_tolerances *tol, cons
         trial.y = ray;
         clean(&trial.y, largest);
         scale(&trial.y, sign / largest);
+        fill_cones(m, cone_dual, sign / largest, &trial);
         const proof p = prove_infeasible(m, &trial);
         const double ratio = proof_ratio(&p, tol->dual);
         if (ratio >= best_ratio) continue;
@@ -172,6 +206,23 @@ static double leaves(double value, double lower, double upper)
 {
     if (value < 0.0 && std::isfinite(lower)) return -value;
     return value > 0.0 && std::isfinite(upper) ? value : 0.0;
+}
+
+/* The largest entry of Qr for the quadratic objective and rows: along a direction of recession there is none. */
+static double bends(const model *m, const std::vector<double> &ray)
+{
+    std::vector<double> product(ray.size(), 0.0);
+    double largest = 0.0;
+    if (!m->qobj.empty()) {
+        quad_add_product(m->qobj, ray.data(), 1.0, product.data());
+        largest = largest_entry(product);
+    }
+    for (const quad_row &q : m->qcon) {
+        std::fill(product.begin(), product.end(), 0.0);
+        quad_add_product(q.terms, ray.data(), 1.0, product.data());
+        largest = std::max(largest, largest_entry(product));
+    }
+    return largest;
 }
 
 static proof prove_unbounded(const model *m, solution *sol)
@@ -198,6 +249,8 @@ static proof prove_unbounded(const model *m, solution *sol)
         if (std::fabs(sol->xc[i]) <= rounding * terms[i]) sol->xc[i] = 0.0;
         p.residual = std::max(p.residual, leaves(sol->xc[i], m->con_lower[i], m->con_upper[i]));
     }
+    p.residual = std::max(p.residual, bends(m, sol->xx));
+    for (const model_cone &cone : m->cones) p.residual = std::max(p.residual, cone_violation(&cone, sol->xx.data()));
     return p;
 }
 

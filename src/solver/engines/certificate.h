@@ -1,10 +1,13 @@
-/* certificate.h - proofs that a linear problem has no feasible point, or no finite optimum, checked on the task's data.
+/* certificate.h - proofs that a problem has no feasible point, or no finite optimum, checked on the task's data. Rows are
+ * linear; the objective may be a convex quadratic one, and there may be cones.
  *
- * Status 5 (no feasible point): y, slc, suc, slx, sux with A'y + slx - sux = 0, every multiplier on a side that exists
+ * Status 5 (no feasible point): y, slc, suc, slx, sux, snx with A'y + slx - sux + snx = 0, snx in the dual cones (its
+ * negative in a maximisation), every multiplier on a side that exists
  * and with the sign of its side, and lower'slc - upper'suc + lower'slx - upper'sux above 0 (below 0 in a maximisation):
  * adding up the sides with these weights gives a contradiction. dual_obj is that sum.
  * Status 6 (no finite optimum where there is a feasible point): xx, a direction that stays within rows and bounds from
- * anywhere and improves the objective; xc = A xx, primal_obj = c'xx.
+ * anywhere, is in every cone, and improves the objective, whose quadratic part is flat along it; xc = A xx,
+ * primal_obj = c'xx.
  * Both are scaled so that their largest entry is 1. */
 #pragma once
 
@@ -12,9 +15,9 @@
 
 /* Make `sol` the certificate that `ray` gives, of either sign, and set its statuses; near ones where it misses the
  * tolerances by a factor up to check_near_factor. Return whether it is a full certificate. `sol` is complete, of the
- * model's size. */
+ * model's size. `cone_dual`: an engine's snx with the ray, for columns that are in a cone and have bounds besides. */
 bool certificate_from_dual_ray(const model *m, const check_tolerances *tol, const std::vector<double> &ray,
-                               solution *sol);
+                               solution *sol, const std::vector<double> &cone_dual = {});
 bool certificate_from_primal_ray(const model *m, const check_tolerances *tol, const std::vector<double> &ray,
                                  solution *sol);
 

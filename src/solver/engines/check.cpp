@@ -1,6 +1,8 @@
 /* check.cpp - see check.h. */
 #include "solver/engines/check.h"
 
+#include "solver/engines/gradient.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -57,23 +59,6 @@ row_sums check_row_sums(const model *m, const std::vector<double> &x)
     return sums;
 }
 
-static reduced_cost reduced_at(const model *m, const check_tolerances *tol, const std::vector<double> &y, size_t j)
-{
-    double value = m->c[j];
-    double terms = std::fabs(m->c[j]);
-    for (auto k = static_cast<size_t>(m->a.start[j]); k < static_cast<size_t>(m->a.start[j + 1]); k++) {
-        const double term = m->a.value[k] * y[static_cast<size_t>(m->a.row[k])];
-        value -= term;
-        terms += std::fabs(term);
-    }
-    return {value, check_allowed(tol->dual, m->c[j], terms)};
-}
-
-reduced_cost check_reduced_cost(const model *m, const check_tolerances *tol, const std::vector<double> &y, int32_t j)
-{
-    return reduced_at(m, tol, y, static_cast<size_t>(j));
-}
-
 bool check_is_at(double value, double side, double tolerance)
 {
     return std::isfinite(side) && std::fabs(value - side) <= tolerance * size_of(side);
@@ -97,7 +82,9 @@ static void put_on_side(double multiplier, double sign, double lower, double upp
         *on_upper = -multiplier;
 }
 
-void check_complete(const model *m, const check_tolerances *tol, solution *sol)
+static double cone_dual(const solution *sol, size_t j) { return sol->snx.empty() ? 0.0 : sol->snx[j]; }
+
+void check_complete(const model *m, const check_tolerances *tol, solution *sol, const std::vector<double> &bound_dual)
 {
     const double sign = sense_sign(m);
 
@@ -108,11 +95,11 @@ void check_complete(const model *m, const check_tolerances *tol, solution *sol)
     for (size_t i = 0; i < sol->y.size(); i++)
         put_on_side(sol->y[i], sign, m->con_lower[i], m->con_upper[i], tol->dual, sol->has_primal, sol->xc[i],
                     tol->primal, &sol->slc[i], &sol->suc[i]);
-    for (size_t j = 0; j < sol->slx.size(); j++) {
-        const reduced_cost d = reduced_at(m, tol, sol->y, j);
-        put_on_side(d.value, sign, m->var_lower[j], m->var_upper[j], d.allowed, sol->has_primal, sol->xx[j],
-                    tol->primal, &sol->slx[j], &sol->sux[j]);
-    }
+    const std::vector<reduced_cost> d = gradient_reduced_costs(m, tol, sol);
+    gradient_split_cones(m, d, bound_dual, sol);
+    for (size_t j = 0; j < sol->slx.size(); j++)
+        put_on_side(d[j].value - cone_dual(sol, j), sign, m->var_lower[j], m->var_upper[j], d[j].allowed,
+                    sol->has_primal, sol->xx[j], tol->primal, &sol->slx[j], &sol->sux[j]);
 }
 
 /* ---- the residuals, one by one. `see` takes a check_residual; sizes of 0 may be among them. */
@@ -158,6 +145,15 @@ static void each_column(const model *m, const check_tolerances *tol, bool intege
     }
 }
 
+template <class see_type>
+static void each_cone(const model *m, const check_tolerances *tol, const solution *sol, see_type see)
+{
+    for (size_t k = 0; k < m->cones.size(); k++) {
+        const cone_residuals r = gradient_check_cone(m, tol, sol, k);
+        see(check_residual{CHECK_CONE, false, number(k), r.primal, r.primal_allowed});
+    }
+}
+
 /* A multiplier of a row, or the reduced cost of a column, against the duals of the two sides. What check_complete has
  * left out because the side that it wants does not exist is a sign that is wrong. */
 template <class see_type>
@@ -185,10 +181,13 @@ static void each_dual(const model *m, const check_tolerances *tol, const solutio
     for (size_t i = 0; i < sol->y.size(); i++)
         each_side(sol->y[i], sign, m->con_lower[i], m->con_upper[i], sol->slc[i], sol->suc[i],
                   {CHECK_SIGN, true, number(i), 0.0, tol->dual}, see);
-    for (size_t j = 0; j < sol->slx.size(); j++) {
-        const reduced_cost d = reduced_at(m, tol, sol->y, j);
-        each_side(d.value, sign, m->var_lower[j], m->var_upper[j], sol->slx[j], sol->sux[j],
-                  {CHECK_SIGN, false, number(j), 0.0, d.allowed}, see);
+    const std::vector<reduced_cost> d = gradient_reduced_costs(m, tol, sol);
+    for (size_t j = 0; j < sol->slx.size(); j++)
+        each_side(d[j].value - cone_dual(sol, j), sign, m->var_lower[j], m->var_upper[j], sol->slx[j], sol->sux[j],
+                  {CHECK_SIGN, false, number(j), 0.0, d[j].allowed}, see);
+    for (size_t k = 0; k < m->cones.size(); k++) {
+        const cone_residuals r = gradient_check_cone(m, tol, sol, k);
+        see(check_residual{CHECK_SIGN, false, m->cones[k].member[0], r.dual, r.dual_allowed});
     }
 }
 
@@ -214,12 +213,16 @@ double check_objective_size(const model *m, const solution *sol)
 }
 
 template <class see_type>
-static void each_complementarity(const model *m, const solution *sol, double allowed, see_type see)
+static void each_complementarity(const model *m, const check_tolerances *tol, const solution *sol, double allowed,
+                                 see_type see)
 {
     each_product(sol->slc, sol->suc, m->con_lower, m->con_upper, sol->xc,
                  {CHECK_COMPLEMENTARITY, true, 0, 0.0, allowed}, see);
     each_product(sol->slx, sol->sux, m->var_lower, m->var_upper, sol->xx,
                  {CHECK_COMPLEMENTARITY, false, 0, 0.0, allowed}, see);
+    for (size_t k = 0; k < m->cones.size(); k++)
+        see(check_residual{CHECK_COMPLEMENTARITY, false, m->cones[k].member[0],
+                           gradient_check_cone(m, tol, sol, k).product, allowed});
 }
 
 /* ---- what they come to */
@@ -262,6 +265,19 @@ static double check_columns(const model *m, const check_tolerances *tol, bool in
     return ratio;
 }
 
+static double check_cones(const model *m, const check_tolerances *tol, solution *sol)
+{
+    double ratio = 0.0;
+
+    if (m->cones.empty()) return 0.0;
+    sol->check.cone = 0.0;
+    each_cone(m, tol, sol, [&](const check_residual &r) {
+        note(r, &sol->check.cone, &sol->check.worst_cone);
+        ratio = std::max(ratio, r.size / r.allowed);
+    });
+    return ratio;
+}
+
 static bool all_finite(const std::vector<double> &v)
 {
     return std::all_of(v.begin(), v.end(), [](double value) { return std::isfinite(value); });
@@ -273,7 +289,7 @@ static double check_primal(const model *m, const check_tolerances *tol, bool int
     sol->primal_obj = model_objective(m, sol->xx.data());
     const double rows = check_rows(m, tol, sol);
     const double columns = check_columns(m, tol, integers, sol);
-    return std::max(rows, columns);
+    return std::max({rows, columns, check_cones(m, tol, sol)});
 }
 
 /* Stationarity and signs together. */
@@ -283,6 +299,7 @@ static double check_dual(const model *m, const check_tolerances *tol, solution *
     int32_t worst_row = -1;
 
     if (!sol->has_dual || !all_finite(sol->y)) return model_inf;
+    if (gradient_needs_point(m) && !sol->has_primal) return model_inf;
     sol->check.dual = 0.0;
     each_dual(m, tol, sol, [&](const check_residual &r) {
         note(r, &sol->check.dual, r.is_row ? &worst_row : &sol->check.worst_dual);
@@ -307,8 +324,10 @@ static double check_gap(const model *m, const check_tolerances *tol, solution *s
     double terms = 0.0;
 
     for (size_t j = 0; j < sol->xx.size(); j++) terms += std::fabs(m->c[j] * sol->xx[j]);
+    for (const quad_term &t : m->qobj)
+        terms += std::fabs(t.value * sol->xx[static_cast<size_t>(t.i)] * sol->xx[static_cast<size_t>(t.j)]);
     sol->check.complementarity = 0.0;
-    each_complementarity(m, sol, allowed, [&](const check_residual &r) {
+    each_complementarity(m, tol, sol, allowed, [&](const check_residual &r) {
         sol->check.complementarity = std::max(sol->check.complementarity, r.size);
     });
     const double gap = std::fabs(sol->primal_obj - sol->dual_obj) / (allowed + rounding * terms);
@@ -323,7 +342,7 @@ check_result check_solution(const model *m, const check_tolerances *tol, bool in
     found.primal = check_primal(m, tol, integers, sol);
     found.dual = check_dual(m, tol, sol);
     if (sol->has_dual) {
-        sol->dual_obj = m->cfix;
+        sol->dual_obj = m->cfix - gradient_dual_share(m, sol);
         add_sides(sol->slc, sol->suc, m->con_lower, m->con_upper, &sol->dual_obj);
         add_sides(sol->slx, sol->sux, m->var_lower, m->var_upper, &sol->dual_obj);
     }
@@ -342,8 +361,9 @@ void check_each(const model *m, const check_tolerances *tol, bool integers, cons
 
     if (primal) each_row(m, tol, sol, shown);
     if (primal) each_column(m, tol, integers, sol, shown);
+    if (primal) each_cone(m, tol, sol, shown);
     if (dual) each_dual(m, tol, sol, shown);
-    if (primal && dual) each_complementarity(m, sol, tol->gap * check_objective_size(m, sol), shown);
+    if (primal && dual) each_complementarity(m, tol, sol, tol->gap * check_objective_size(m, sol), shown);
 }
 
 void check_set_status(const check_result *found, solution *sol)

@@ -21,17 +21,20 @@ inline constexpr double check_near_factor = 100.0;
 
 /* The largest ratio of residual to what is allowed; at most 1 passes. Infinite: nothing there to check. */
 struct check_result {
-    double primal = model_inf; /* rows, bounds, integrality */
+    double primal = model_inf; /* rows, bounds, integrality, cones */
     double dual = model_inf;   /* stationarity and signs */
     double gap = model_inf;    /* primal against dual objective */
 };
 
 check_tolerances check_tolerances_of(const param_set *params);
 
-/* Computes xc from xx, and the duals of the sides from y and the reduced costs: y = slc - suc, c - A'y = slx - sux. What
+/* Computes xc from xx, and the duals of the sides from y and the reduced costs d (see gradient.h): y = slc - suc,
+ * d = slx - sux + snx. What
  * has the sign of a side that does not exist, or is below the tolerance at a side that is not met, stays in neither: it
- * is a residual. Needs has_primal or has_dual. */
-void check_complete(const model *m, const check_tolerances *tol, solution *sol);
+ * is a residual. Needs has_primal or has_dual. `bound_dual` is an engine's slx - sux, where it has them, for columns that
+ * are in a cone and have bounds besides: there the point does not tell which of the two holds it. */
+void check_complete(const model *m, const check_tolerances *tol, solution *sol,
+                    const std::vector<double> &bound_dual = {});
 
 /* Fills sol->check and the objectives, of what has_primal and has_dual say is there. `integers`: whether integrality is
  * asked for. The solution is complete. */
@@ -43,7 +46,8 @@ enum check_what {
     CHECK_ROW,
     CHECK_BOUND,
     CHECK_INTEGRALITY,
-    CHECK_SIGN,         /* a dual of the wrong sign, or at a side that does not exist */
+    CHECK_CONE,         /* the index is the cone's */
+    CHECK_SIGN,         /* a dual of the wrong sign, or at a side that does not exist; of a cone by its head */
     CHECK_STATIONARITY, /* what of a multiplier or reduced cost is not in the duals of the sides */
     CHECK_COMPLEMENTARITY,
     CHECK_NUM
@@ -64,12 +68,10 @@ typedef std::function<void(const check_residual &)> check_visitor;
 void check_each(const model *m, const check_tolerances *tol, bool integers, const solution *sol,
                 const check_visitor &see);
 
-/* Reduced cost of a column, and what is allowed for its residual. */
+/* Reduced cost of a column, and what is allowed for its residual. See gradient.h for all of them. */
 struct reduced_cost {
     double value, allowed;
 };
-
-reduced_cost check_reduced_cost(const model *m, const check_tolerances *tol, const std::vector<double> &y, int32_t j);
 
 /* Row activities at x, and the sizes of the terms that were added up. */
 struct row_sums {

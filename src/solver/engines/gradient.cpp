@@ -1,0 +1,89 @@
+/* gradient.cpp - see gradient.h. */
+#include "solver/engines/gradient.h"
+
+#include <algorithm>
+#include <cmath>
+
+/* Adds factor * Qx to the values, and the sizes of its terms. */
+static void add_product(const std::vector<quad_term> &terms, const std::vector<double> &x, double factor,
+                        std::vector<double> *value, std::vector<double> *size)
+{
+    if (factor == 0.0) return;
+    quad_add_product(terms, x.data(), factor, value->data());
+    for (const quad_term &t : terms) {
+        const auto i = static_cast<size_t>(t.i), j = static_cast<size_t>(t.j);
+        (*size)[i] += std::fabs(factor * t.value * x[j]);
+        if (i != j) (*size)[j] += std::fabs(factor * t.value * x[i]);
+    }
+}
+
+std::vector<reduced_cost> gradient_reduced_costs(const model *m, const check_tolerances *tol, const solution *sol)
+{
+    const auto n = static_cast<size_t>(m->num_var);
+    std::vector<double> value = m->c, size(n);
+    std::vector<reduced_cost> all(n);
+
+    for (size_t j = 0; j < n; j++) size[j] = std::fabs(value[j]);
+    if (gradient_needs_point(m) && sol->has_primal) {
+        add_product(m->qobj, sol->xx, 1.0, &value, &size);
+        for (const quad_row &q : m->qcon)
+            add_product(q.terms, sol->xx, -sol->y[static_cast<size_t>(q.row)], &value, &size);
+    }
+    for (size_t j = 0; j < n; j++) {
+        for (auto k = static_cast<size_t>(m->a.start[j]); k < static_cast<size_t>(m->a.start[j + 1]); k++) {
+            const double term = m->a.value[k] * sol->y[static_cast<size_t>(m->a.row[k])];
+            value[j] -= term;
+            size[j] += std::fabs(term);
+        }
+        all[j] = {value[j], check_allowed(tol->dual, m->c[j], size[j])};
+    }
+    return all;
+}
+
+void gradient_split_cones(const model *m, const std::vector<reduced_cost> &d, const std::vector<double> &bound_dual,
+                          solution *sol)
+{
+    for (const model_cone &cone : m->cones) {
+        for (const int32_t member : cone.member) {
+            const auto j = static_cast<size_t>(member);
+            const bool is_free = std::isinf(m->var_lower[j]) && std::isinf(m->var_upper[j]);
+            const double on_bounds = is_free || bound_dual.size() != d.size() ? 0.0 : bound_dual[j];
+            sol->snx[j] = d[j].value - on_bounds;
+        }
+    }
+}
+
+double gradient_dual_share(const model *m, const solution *sol)
+{
+    if (!gradient_needs_point(m) || !sol->has_primal) return 0.0;
+    double share = quad_value(m->qobj, sol->xx.data());
+    for (const quad_row &q : m->qcon) share -= sol->y[static_cast<size_t>(q.row)] * quad_value(q.terms, sol->xx.data());
+    return share;
+}
+
+cone_residuals gradient_check_cone(const model *m, const check_tolerances *tol, const solution *sol, size_t cone)
+{
+    const model_cone *k = &m->cones[cone];
+    const double sign = m->sense == ZLR_SENSE_MAX ? -1.0 : 1.0;
+    cone_residuals r;
+    double terms = 0.0, dual_terms = 0.0, cost = 0.0;
+    std::vector<double> dual(k->member.size());
+    model_cone places = *k;
+
+    for (size_t p = 0; p < k->member.size(); p++) {
+        const auto j = static_cast<size_t>(k->member[p]);
+        terms += std::fabs(sol->xx[j]);
+        cost = std::max(cost, std::fabs(m->c[j]));
+        places.member[p] = static_cast<int32_t>(p);
+        if (!sol->has_dual) continue;
+        dual[p] = sign * sol->snx[j];
+        dual_terms += std::fabs(dual[p]);
+        r.product += sol->snx[j] * sol->xx[j];
+    }
+    if (sol->has_primal) r.primal = cone_violation(k, sol->xx.data());
+    r.primal_allowed = check_allowed(tol->primal, sol->xx[static_cast<size_t>(k->member[0])], terms);
+    if (sol->has_dual) r.dual = cone_violation(&places, dual.data());
+    r.dual_allowed = check_allowed(tol->dual, cost, dual_terms);
+    r.product = std::fabs(r.product);
+    return r;
+}
