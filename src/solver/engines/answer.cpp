@@ -41,7 +41,7 @@ check_result answer_to_solution(const model *m, const check_tolerances *tol, con
     if (!sol->has_primal && !sol->has_dual) return found;
     if (sol->has_primal) sol->xx = answer->x;
     if (sol->has_dual) sol->y = answer->y;
-    check_complete(m, tol, sol);
+    check_complete(m, tol, sol, answer->reduced);
     sol->has_keys =
         kind == ZLR_SOL_BAS && answer->col_key.size() == sol->skx.size() && answer->row_key.size() == sol->skc.size();
     if (sol->has_keys) {
@@ -108,16 +108,20 @@ engine_start answer_to_start(const solution *basic, const solution *interior, co
     return start;
 }
 
+static double zero_if_none(double violation) { return std::isnan(violation) ? 0.0 : violation; }
+
 std::string answer_complaint(const model *m, const check_result *found, const solution *sol)
 {
     if (!sol->has_primal) return "it has no point";
     if (found->primal > 1.0) {
         const solution_check *c = &sol->check;
-        if (c->worst_row >= 0 && c->row >= std::max(c->bound, std::isnan(c->integrality) ? 0.0 : c->integrality))
+        if (c->worst_row >= 0 && c->row >= std::max({c->bound, zero_if_none(c->integrality), zero_if_none(c->cone)}))
             return text_format("row %s is off by %.1e", names_shown(&m->con_names, c->worst_row, 'c').c_str(), c->row);
-        if (c->worst_bound >= 0 && !(c->integrality > c->bound))
+        if (c->worst_bound >= 0 && !(c->integrality > c->bound) && !(c->cone > c->bound))
             return text_format("column %s is off its bounds by %.1e",
                                names_shown(&m->var_names, c->worst_bound, 'x').c_str(), c->bound);
+        if (c->worst_cone >= 0 && c->cone > 0.0 && !(c->integrality > c->cone))
+            return text_format("cone %d is off by %.1e", c->worst_cone + 1, c->cone);
         if (c->worst_int >= 0)
             return text_format("column %s is off an integer by %.1e",
                                names_shown(&m->var_names, c->worst_int, 'x').c_str(), c->integrality);

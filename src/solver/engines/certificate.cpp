@@ -213,15 +213,17 @@ static double bends(const model *m, const std::vector<double> &ray)
 {
     std::vector<double> product(ray.size(), 0.0);
     double largest = 0.0;
-    if (!m->qobj.empty()) {
-        quad_add_product(m->qobj, ray.data(), 1.0, product.data());
-        largest = largest_entry(product);
-    }
-    for (const quad_row &q : m->qcon) {
-        std::fill(product.begin(), product.end(), 0.0);
-        quad_add_product(q.terms, ray.data(), 1.0, product.data());
-        largest = std::max(largest, largest_entry(product));
-    }
+    const auto look_at = [&](const std::vector<quad_term> &terms) {
+        quad_add_product(terms, ray.data(), 1.0, product.data());
+        for (const quad_term &t : terms) {
+            for (double *entry : {&product[static_cast<size_t>(t.i)], &product[static_cast<size_t>(t.j)]}) {
+                largest = std::max(largest, std::fabs(*entry));
+                *entry = 0.0;
+            }
+        }
+    };
+    look_at(m->qobj);
+    for (const quad_row &q : m->qcon) look_at(q.terms);
     return largest;
 }
 

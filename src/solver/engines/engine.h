@@ -27,6 +27,7 @@ enum engine_method {
     METHOD_INTPNT, /* interior point, with crossover unless the job says otherwise */
     METHOD_HIPO,
     METHOD_PDLP,
+    METHOD_ACTIVE_SET, /* quadratic objectives */
     METHOD_MIP
 };
 

@@ -49,10 +49,29 @@ static bool is_better(const solution *a, const solution *b, int32_t sense)
     return sense == ZLR_SENSE_MAX ? a->primal_obj > b->primal_obj : a->primal_obj < b->primal_obj;
 }
 
-static void offer(optimization *o, int32_t kind, solution *sol)
+static double ratio_of(const check_result *found) { return std::max({found->primal, found->dual, found->gap}); }
+
+/* Where two answers are of the same status, linear problems go by the objective; quadratic and conic ones, whose engines
+ * stop short of the optimum and not at a vertex, by the residuals. */
+static bool improves(const optimization *o, int32_t kind, const solution *sol, const check_result *found)
 {
-    if (sol->defined && is_better(sol, &o->best[kind], o->problem->sense)) o->best[kind] = std::move(*sol);
+    const solution *best = &o->best[kind];
+    if (!sol->defined) return false;
+    if (!best->defined || o->is_linear || check_rank(sol->solsta) != check_rank(best->solsta))
+        return is_better(sol, best, o->problem->sense);
+    return ratio_of(found) < o->best_ratio[kind];
 }
+
+static void offer(optimization *o, int32_t kind, solution *sol, const check_result *found)
+{
+    if (!improves(o, kind, sol, found)) return;
+    o->best[kind] = std::move(*sol);
+    o->best_ratio[kind] = ratio_of(found);
+}
+
+/* The share of what is allowed up to which an answer stands for itself. What uses up more waits for the other racers, or
+ * for the next round: on ill-conditioned problems residuals within the tolerance leave digits of the objective open. */
+static constexpr double sure_ratio = 0.01;
 
 static int32_t main_kind(const optimization *o) { return o->plan.sought[ZLR_SOL_BAS] ? ZLR_SOL_BAS : ZLR_SOL_ITR; }
 
@@ -64,8 +83,8 @@ static bool judge_point(optimization *o, const run_entry *e)
     solution sol;
 
     if (e->has_interior && o->plan.sought[ZLR_SOL_ITR]) {
-        (void)answer_to_solution(m, &o->tol, &e->interior, ZLR_SOL_ITR, &sol);
-        offer(o, ZLR_SOL_ITR, &sol);
+        const check_result inner = answer_to_solution(m, &o->tol, &e->interior, ZLR_SOL_ITR, &sol);
+        offer(o, ZLR_SOL_ITR, &sol, &inner);
     }
     const check_result found = answer_to_solution(m, &o->tol, &e->answer, kind, &sol);
     if (!sol.defined) return false;
@@ -73,17 +92,18 @@ static bool judge_point(optimization *o, const run_entry *e)
     const bool claims = e->answer.status == ENGINE_OPTIMAL || e->answer.status == ENGINE_UNKNOWN;
     if (kind == ZLR_SOL_BAS && !sol.has_keys) {
         /* Crossover did not get there: what there is, is an interior solution, and the next engine is asked. */
-        if (o->plan.sought[ZLR_SOL_ITR]) offer(o, ZLR_SOL_ITR, &sol);
+        if (o->plan.sought[ZLR_SOL_ITR]) offer(o, ZLR_SOL_ITR, &sol, &found);
         if (claims) judge_failure(o, who_of(e), "ended without a basic solution");
         return false;
     }
     if (claims && !optimal)
         judge_failure(o, who_of(e), "the answer does not pass the check: " + answer_complaint(m, &found, &sol));
-    const bool improves = is_better(&sol, &o->best[kind], m->sense);
-    offer(o, kind, &sol);
-    if (improves) judge_credit(o, e);
-    o->is_settled = o->is_settled || optimal;
-    return optimal;
+    if (improves(o, kind, &sol, &found)) judge_credit(o, e);
+    offer(o, kind, &sol, &found);
+    if (!optimal) return false;
+    const bool is_sure = o->is_linear || ratio_of(&found) <= sure_ratio;
+    o->is_settled = o->is_settled || is_sure;
+    return is_sure;
 }
 
 void judge_certificate(optimization *o, const solution *certificate)
@@ -106,7 +126,8 @@ static bool judge_infeasible(optimization *o, const run_entry *e)
     solution sol;
     o->claimed = CLAIM_INFEASIBLE;
     judge_credit(o, e);
-    if (certificate_from_dual_ray(o->problem.get(), &o->tol, e->answer.dual_ray, &sol)) judge_certificate(o, &sol);
+    if (certificate_from_dual_ray(o->problem.get(), &o->tol, e->answer.dual_ray, &sol, e->answer.cone_dual))
+        judge_certificate(o, &sol);
     return true;
 }
 

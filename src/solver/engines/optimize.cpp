@@ -21,6 +21,7 @@ static void begin(optimization *o, ZLR_task *task, const engine_table *table)
     o->watch.start_s = clock_now_s();
     o->watch.deadline_s = o->watch.start_s + limit_s;
     o->is_integer = model_num_int(o->problem.get()) > 0;
+    o->is_linear = model_problem_type(o->problem.get()) == ZLR_PROBTYPE_LO;
     o->tol = check_tolerances_of(params);
     o->plan = plan_make(table, o->problem.get(), params, &machine);
     o->start = answer_to_start(&task->sol[ZLR_SOL_BAS], &task->sol[ZLR_SOL_ITR], &task->sol[ZLR_SOL_ITG]);
@@ -130,9 +131,17 @@ static bool is_over(const optimization *o)
     return o->is_settled || o->watch.stop_code != ZLR_RES_OK || o->limit_code != ZLR_RES_OK;
 }
 
+/* After the rounds that are there to make a good answer better. */
+static bool is_good_enough(const optimization *o)
+{
+    const solution *best = &o->best[o->plan.sought[ZLR_SOL_BAS] ? ZLR_SOL_BAS : ZLR_SOL_ITR];
+    return !o->is_linear && o->round >= o->plan.num_better && best->solsta == ZLR_SOLSTA_OPTIMAL;
+}
+
 static void run_rounds(optimization *o)
 {
     for (const std::vector<plan_step> &round : o->plan.rounds) {
+        if (is_good_enough(o)) break;
         run_round(o, round);
         o->round++;
         if (o->watch.stop_code == ZLR_RES_OK) settle_claim(o);
@@ -142,10 +151,18 @@ static void run_rounds(optimization *o)
 
 /* ---- the outcome */
 
-static bool has_near_answer(const optimization *o)
+static bool has_optimal(const optimization *o)
+{
+    return std::any_of(std::begin(o->best), std::end(o->best),
+                       [](const solution &s) { return s.defined && s.solsta == ZLR_SOLSTA_OPTIMAL; });
+}
+
+/* An optimal one that no engine was sure of, or a near one. */
+static bool has_answer(const optimization *o)
 {
     return std::any_of(std::begin(o->best), std::end(o->best), [](const solution &s) {
-        return s.defined && (s.solsta == ZLR_SOLSTA_NEAR_OPTIMAL || s.solsta == ZLR_SOLSTA_NEAR_INTEGER_OPTIMAL);
+        return s.defined && (s.solsta == ZLR_SOLSTA_OPTIMAL || s.solsta == ZLR_SOLSTA_NEAR_OPTIMAL ||
+                             s.solsta == ZLR_SOLSTA_NEAR_INTEGER_OPTIMAL);
     });
 }
 
@@ -157,6 +174,7 @@ static int32_t tell(optimization *o, int32_t code, const std::string &text)
 
 static int32_t outcome_of(optimization *o)
 {
+    if (!o->is_linear && has_optimal(o)) return ZLR_RES_OK; /* a limit came while it was to be made better */
     if (o->is_settled && o->limit_code == ZLR_RES_OK) return ZLR_RES_OK;
     if (o->is_settled && o->limit_code != ZLR_RES_TRM_OBJECTIVE) return ZLR_RES_OK;
     if (o->watch.stop_code != ZLR_RES_OK) return o->watch.stop_code;
@@ -165,7 +183,7 @@ static int32_t outcome_of(optimization *o)
         return tell(o, ZLR_RES_ERR_NO_ENGINE,
                     std::string(o->table->linear->title) + " cannot be loaded: " + o->missing +
                         ". To get it: " + o->table->linear->advice + ".");
-    if (has_near_answer(o)) return ZLR_RES_OK;
+    if (has_answer(o)) return ZLR_RES_OK;
     if (!o->any_answer) return tell(o, ZLR_RES_ERR_ENGINE, "Every engine has failed: " + o->failures);
     return tell(o, ZLR_RES_TRM_STALL, "No engine has come to an answer that passes the check: " + o->failures);
 }

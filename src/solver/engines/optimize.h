@@ -15,12 +15,14 @@ struct optimization {
     const engine_table *table = nullptr;
     std::shared_ptr<const model> problem;
     bool is_integer = false;
+    bool is_linear = true; /* no quadratic parts, no cones */
     engine_plan plan;
     check_tolerances tol;
     engine_start start;
     run_watch watch;
 
-    solution best[3]; /* the best of each kind so far */
+    solution best[3];                                         /* the best of each kind so far */
+    double best_ratio[3] = {model_inf, model_inf, model_inf}; /* of its worst residual to what is allowed */
     bool is_settled = false;
     int32_t limit_code = ZLR_RES_OK; /* a limit that an engine has reached */
     claim claimed = CLAIM_NONE;

@@ -12,7 +12,7 @@ static constexpr engine_source sources[] = {
      "run scripts/install-deps of the source tree, or install HiGHS 1.10 or later and build with -DHIGHS_ROOT",
      loader_get},
 };
-static constexpr engine_table default_table = {&sources[0]};
+static constexpr engine_table default_table = {&sources[0], nullptr};
 
 const engine_table *engine_table_default() { return &default_table; }
 
@@ -44,6 +44,7 @@ const char *plan_method_name(engine_method method)
     case METHOD_INTPNT: return "interior point";
     case METHOD_HIPO: return "interior point HiPO";
     case METHOD_PDLP: return "first-order method PDLP";
+    case METHOD_ACTIVE_SET: return "active-set method";
     case METHOD_MIP: return "branch and cut";
     case METHOD_CHOOSE: break;
     }
@@ -218,6 +219,58 @@ static void plan_continuous(const engine_source *source, const model *m, const p
     plan_linear_chain(source, plan);
 }
 
+/* ---- quadratic and conic */
+
+static engine_option number_option(const char *name, double value)
+{
+    engine_option o;
+    o.name = name;
+    o.param_class = ZLR_PAR_DOUBLE;
+    o.dou = value;
+    return o;
+}
+
+static plan_step tightened(const engine_source *source, double tolerance, const char *what)
+{
+    plan_step step = step_of(source, METHOD_INTPNT, 1);
+    for (const char *name : {"tol_gap_abs", "tol_gap_rel", "tol_feas"})
+        step.extra.push_back(number_option(name, tolerance));
+    step.what = what;
+    return step;
+}
+
+static plan_step unscaled(const engine_source *source, double tolerance)
+{
+    plan_step step = tightened(source, tolerance, " on unscaled data");
+    step.extra.push_back(word_option("equilibrate_enable", "", 0));
+    return step;
+}
+
+/* What an answer that misses the check, or only just passes it, is followed by: HiPO and the conic code stop for different
+ * reasons, and each often ends where the other stalls. */
+static void plan_quadratic(const engine_table *table, const param_set *params, const plan_machine *machine, bool cones,
+                           engine_plan *plan)
+{
+    const int32_t optimizer = param_int(params, IPAR_OPTIMIZER);
+    const int32_t threads = num_threads(params, machine);
+    const bool any_conic = table->conic != nullptr && optimizer != OPTIMIZER_HIPO && optimizer != OPTIMIZER_ACTIVE_SET;
+    const bool any_hipo = !cones && optimizer != OPTIMIZER_CONIC && optimizer != OPTIMIZER_ACTIVE_SET;
+
+    plan->sought[ZLR_SOL_ITR] = true;
+    std::vector<plan_step> round;
+    if (any_hipo) round.push_back(step_of(table->linear, METHOD_HIPO, 1));
+    if (any_conic && (round.empty() || threads > 1)) round.push_back(tightened(table->conic, 1e-9, ""));
+    if (!round.empty()) plan->rounds.push_back(std::move(round));
+    plan->num_better = static_cast<int32_t>(plan->rounds.size());
+    if (table->conic != nullptr) {
+        plan->rounds.push_back({tightened(table->conic, 1e-11, " with tightened tolerances")});
+        plan->rounds.push_back({unscaled(table->conic, 1e-10)});
+    }
+    if (!cones) plan->rounds.push_back({step_of(table->linear, METHOD_ACTIVE_SET, 1)});
+    if (optimizer == OPTIMIZER_ACTIVE_SET)
+        std::rotate(plan->rounds.begin(), plan->rounds.end() - 1, plan->rounds.end());
+}
+
 static void plan_integer(const engine_source *source, const param_set *params, const plan_machine *machine,
                          engine_plan *plan)
 {
@@ -234,10 +287,9 @@ static void plan_integer(const engine_source *source, const param_set *params, c
     plan->rounds.push_back({std::move(other)});
 }
 
-static const char *refusal_of(int32_t type)
+static const char *quadratic_part(int32_t type)
 {
     switch (type) {
-    case ZLR_PROBTYPE_LO: return nullptr;
     case ZLR_PROBTYPE_QO: return "a quadratic objective";
     case ZLR_PROBTYPE_QCQO: return "quadratic constraints";
     case ZLR_PROBTYPE_CONIC: return "cones";
@@ -248,13 +300,16 @@ static const char *refusal_of(int32_t type)
 engine_plan plan_make(const engine_table *table, const model *m, const param_set *params, const plan_machine *machine)
 {
     engine_plan plan;
-    const char *what = refusal_of(model_problem_type(m));
+    const int32_t type = model_problem_type(m);
 
-    if (what != nullptr) {
-        plan.refusal = std::string("The problem has ") + what + ", and no engine for that is installed.";
-        return plan;
-    }
-    if (model_num_int(m) > 0)
+    if (type != ZLR_PROBTYPE_LO && model_num_int(m) > 0) {
+        plan.refusal = std::string("The problem has integer columns together with ") + quadratic_part(type) +
+                       ", which this version does not solve; -removeitg relaxes them.";
+    } else if (type != ZLR_PROBTYPE_LO) {
+        plan_quadratic(table, params, machine, type != ZLR_PROBTYPE_QO, &plan);
+        if (plan.rounds.empty())
+            plan.refusal = std::string("The problem has ") + quadratic_part(type) + ", and no engine takes that.";
+    } else if (model_num_int(m) > 0)
         plan_integer(table->linear, params, machine, &plan);
     else
         plan_continuous(table->linear, m, params, machine, &plan);

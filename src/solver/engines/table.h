@@ -29,11 +29,13 @@ struct engine_plan {
     std::vector<std::vector<plan_step>> rounds;
     bool sought[3] = {false, false, false}; /* solution kinds */
     bool want_interior = false;
-    std::string refusal; /* why there is no plan */
+    int32_t num_better = 1; /* quadratic and conic: rounds that run even when an answer passes, but not by far */
+    std::string refusal;    /* why there is no plan */
 };
 
 struct engine_table {
     const engine_source *linear = nullptr;
+    const engine_source *conic = nullptr; /* quadratic and conic problems; null: none */
 };
 
 /* The library's own. */

@@ -71,9 +71,10 @@ static constexpr param_row rows[] = {
     DOU(DPAR_ANALYZE_INFEAS_TIME_LIMIT, "ANALYZE_INFEAS_TIME_LIMIT", 60.0, 0.0, inf, "s", nullptr,
         "Seconds for reducing an infeasible subproblem; the smallest found so far is returned"),
 
-    WORD(IPAR_OPTIMIZER, "OPTIMIZER", OPTIMIZER_FREE, 0, 5,
-         "FREE=0 INTPNT=1 DUAL_SIMPLEX=2 PRIMAL_SIMPLEX=3 HIPO=4 PDLP=5", nullptr,
-         "Method for continuous problems; FREE: the library chooses and may race several"),
+    WORD(IPAR_OPTIMIZER, "OPTIMIZER", OPTIMIZER_FREE, 0, 7,
+         "FREE=0 INTPNT=1 DUAL_SIMPLEX=2 PRIMAL_SIMPLEX=3 HIPO=4 PDLP=5 CONIC=6 ACTIVE_SET=7", nullptr,
+         "Method for continuous problems; FREE: the library chooses and may race several. HIPO and CONIC take quadratic "
+         "objectives as well, ACTIVE_SET only these, CONIC cones"),
     INT(IPAR_THREADS, "THREADS", 0, 0, 1024, "", nullptr,
         "Threads that an optimisation may use; 0: as many as the machine has cores"),
     INT(IPAR_RANDOM_SEED, "RANDOM_SEED", 0, 0, int_max, "", "highs:random_seed",

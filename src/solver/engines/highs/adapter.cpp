@@ -17,7 +17,10 @@ static bool has_integers(const model *problem)
 
 static bool accepts(const model *problem, engine_method method)
 {
-    if (!problem->qobj.empty() || !problem->qcon.empty()) return false;
+    const bool is_quadratic_method = method == METHOD_HIPO || method == METHOD_ACTIVE_SET;
+    if (!problem->qcon.empty() || !problem->cones.empty()) return false;
+    if (!problem->qobj.empty()) return is_quadratic_method && !has_integers(problem);
+    if (method == METHOD_ACTIVE_SET) return false;
     return (method == METHOD_MIP) == has_integers(problem) || method == METHOD_CHOOSE;
 }
 

@@ -53,6 +53,7 @@ static bool put_method(highs_session *s)
         return Highs_setStringOptionValue(h, "solver", "ipx") == kHighsStatusOk ||
                Highs_setStringOptionValue(h, "solver", "ipm") == kHighsStatusOk;
     case METHOD_HIPO: highs_load_hipo(); return Highs_setStringOptionValue(h, "solver", "hipo") == kHighsStatusOk;
+    case METHOD_ACTIVE_SET: return Highs_setStringOptionValue(h, "solver", "qpasm") == kHighsStatusOk;
     case METHOD_PDLP: return Highs_setStringOptionValue(h, "solver", "pdlp") == kHighsStatusOk;
     default: return Highs_setStringOptionValue(h, "solver", "choose") == kHighsStatusOk;
     }
@@ -116,6 +117,24 @@ static HighsInt pass_arrays(void *h, const model *m, const std::vector<HighsInt>
                          start.data(), row, value, integrality.data());
 }
 
+/* The lower triangle by column. */
+static HighsInt pass_hessian(void *h, const model *m)
+{
+    std::vector<HighsInt> start(static_cast<size_t>(m->num_var) + 1, 0), row(m->qobj.size());
+    std::vector<double> value(m->qobj.size());
+
+    for (const quad_term &t : m->qobj) start[static_cast<size_t>(t.j) + 1]++;
+    for (size_t j = 1; j < start.size(); j++) start[j] += start[j - 1];
+    std::vector<HighsInt> at = start;
+    for (const quad_term &t : m->qobj) { /* sorted by row, so that each column is as well */
+        const auto place = static_cast<size_t>(at[static_cast<size_t>(t.j)]++);
+        row[place] = t.i;
+        value[place] = t.value;
+    }
+    return Highs_passHessian(h, m->num_var, static_cast<HighsInt>(row.size()), kHighsHessianFormatTriangular,
+                             start.data(), row.data(), value.data());
+}
+
 bool highs_pass_model(highs_session *s, engine_answer *answer)
 {
     static_assert(sizeof(HighsInt) == sizeof(int32_t), "a HiGHS with 64-bit indices needs converted arrays");
@@ -127,7 +146,8 @@ bool highs_pass_model(highs_session *s, engine_answer *answer)
     for (size_t j = 0; j < start.size(); j++) start[j] = static_cast<HighsInt>(m->a.start[j]);
     std::vector<HighsInt> integrality;
     if (s->is_mip) integrality.assign(m->var_type.begin(), m->var_type.end());
-    if (pass_arrays(s->highs, m, start, integrality) == kHighsStatusError)
+    if (pass_arrays(s->highs, m, start, integrality) == kHighsStatusError ||
+        (!m->qobj.empty() && pass_hessian(s->highs, m) == kHighsStatusError))
         return refuse(answer, "does not take the model" + (s->last_error.empty() ? "" : ": " + s->last_error));
     return true;
 }
