@@ -35,7 +35,7 @@ std::vector<reduced_cost> gradient_reduced_costs(const model *m, const check_tol
             value[j] -= term;
             size[j] += std::fabs(term);
         }
-        all[j] = {value[j], check_allowed(tol->dual, m->c[j], size[j])};
+        all[j] = {value[j], check_allowed(tol != nullptr ? tol->dual : 0.0, m->c[j], size[j])};
     }
     return all;
 }

@@ -6,7 +6,7 @@
 
 #include "solver/engines/check.h"
 
-/* The reduced cost d of every column, with what is allowed for its residual. Quadratic parts are taken at sol->xx. */
+/* The reduced cost d of every column, with what is allowed for its residual, where `tol` is given. Quadratic parts are taken at sol->xx. */
 std::vector<reduced_cost> gradient_reduced_costs(const model *m, const check_tolerances *tol, const solution *sol);
 
 /* Sets sol->snx so that d = slx - sux + snx holds on the cones' columns: all of d, but for columns with bounds what is left

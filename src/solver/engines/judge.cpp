@@ -1,6 +1,7 @@
 /* judge.cpp - what engines say, held against the task's own data. See optimize.h. */
 #include "solver/engines/certificate.h"
 #include "solver/engines/optimize.h"
+#include "solver/engines/polish.h"
 
 #include <algorithm>
 #include <cmath>
@@ -86,8 +87,11 @@ static bool judge_point(optimization *o, const run_entry *e)
         const check_result inner = answer_to_solution(m, &o->tol, &e->interior, ZLR_SOL_ITR, &sol);
         offer(o, ZLR_SOL_ITR, &sol, &inner);
     }
-    const check_result found = answer_to_solution(m, &o->tol, &e->answer, kind, &sol);
+    check_result found = answer_to_solution(m, &o->tol, &e->answer, kind, &sol);
     if (!sol.defined) return false;
+    if (model_problem_type(m) == ZLR_PROBTYPE_QO)
+        polish_solution(
+            m, &o->tol, [o] { return watch_poll(&o->watch, nullptr); }, &sol, &found);
     const bool optimal = sol.solsta == ZLR_SOLSTA_OPTIMAL;
     const bool claims = e->answer.status == ENGINE_OPTIMAL || e->answer.status == ENGINE_UNKNOWN;
     if (kind == ZLR_SOL_BAS && !sol.has_keys) {
