@@ -22,12 +22,13 @@ static int32_t key_of(double value, double lower, double upper, double tol)
     return near(upper) ? ZLR_SK_UPPER : ZLR_SK_SUPBAS;
 }
 
-static void keys_by_value(const model *m, double tol, solution *sol)
+void answer_set_keys(const model *m, const check_tolerances *tol, solution *sol)
 {
+    const double near = tol->primal;
     for (size_t i = 0; i < sol->skc.size(); i++)
-        sol->skc[i] = key_of(sol->xc[i], m->con_lower[i], m->con_upper[i], tol);
+        sol->skc[i] = key_of(sol->xc[i], m->con_lower[i], m->con_upper[i], near);
     for (size_t j = 0; j < sol->skx.size(); j++)
-        sol->skx[j] = key_of(sol->xx[j], m->var_lower[j], m->var_upper[j], tol);
+        sol->skx[j] = key_of(sol->xx[j], m->var_lower[j], m->var_upper[j], near);
 }
 
 check_result answer_to_solution(const model *m, const check_tolerances *tol, const engine_answer *answer, int32_t kind,
@@ -48,7 +49,7 @@ check_result answer_to_solution(const model *m, const check_tolerances *tol, con
         sol->skc = answer->row_key;
         sol->skx = answer->col_key;
     } else if (sol->has_primal) {
-        keys_by_value(m, tol->primal, sol);
+        answer_set_keys(m, tol, sol);
     }
     found = check_solution(m, tol, false, sol);
     sol->defined = true;
@@ -64,7 +65,7 @@ static check_result check_point(const model *m, const check_tolerances *tol, con
     sol->has_primal = true;
     check_complete(m, tol, sol);
     const check_result found = check_solution(m, tol, true, sol);
-    keys_by_value(m, tol->primal, sol);
+    answer_set_keys(m, tol, sol);
     sol->defined = true;
     check_set_integer_status(tol, m->sense, &found, false, 0.0, sol);
     return found;

@@ -8,6 +8,9 @@
 check_result answer_to_solution(const model *m, const check_tolerances *tol, const engine_answer *answer, int32_t kind,
                                 solution *sol);
 
+/* Status keys by where values stand: for solutions without a basis. */
+void answer_set_keys(const model *m, const check_tolerances *tol, solution *sol);
+
 /* An integer solution at x: integer columns that are within the tolerance of an integer are put there when the rows can
  * bear it. *clean tells whether all of them are exact and the rows far within their tolerances. The status is set without
  * a bound. */

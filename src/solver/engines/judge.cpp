@@ -76,6 +76,29 @@ static constexpr double sure_ratio = 0.01;
 
 static int32_t main_kind(const optimization *o) { return o->plan.sought[ZLR_SOL_BAS] ? ZLR_SOL_BAS : ZLR_SOL_ITR; }
 
+/* From an answer for the form without quadratic rows. A row that is a cone in disguise has no multiplier at the cone's
+ * apex: where its problem's own duals miss the check for that, those of the form, which has the cone's, stand for them. */
+static check_result mapped_solution(const optimization *o, const engine_answer *answer, solution *sol)
+{
+    const model *m = o->problem.get();
+    solution form;
+    const check_result at_form = answer_to_solution(o->given.get(), &o->tol, answer, ZLR_SOL_ITR, &form);
+    if (!form.defined) return at_form;
+    conic_map_point(m, &o->map, &form, sol);
+    check_complete(m, &o->tol, sol, sol->snx.empty() ? std::vector<double>{} : answer->reduced);
+    check_result found = check_solution(m, &o->tol, false, sol);
+    if (!o->map.disguised.empty() && std::max(found.dual, found.gap) > std::max(at_form.dual, at_form.gap)) {
+        found = {found.primal, at_form.dual, at_form.gap};
+        sol->dual_obj = form.dual_obj;
+        sol->check.dual = form.check.dual;
+        sol->check.complementarity = form.check.complementarity;
+    }
+    answer_set_keys(m, &o->tol, sol);
+    sol->defined = true;
+    check_set_status(&found, sol);
+    return found;
+}
+
 /* Takes a point with its duals. An optimal one settles the task. */
 static bool judge_point(optimization *o, const run_entry *e)
 {
@@ -87,7 +110,8 @@ static bool judge_point(optimization *o, const run_entry *e)
         const check_result inner = answer_to_solution(m, &o->tol, &e->interior, ZLR_SOL_ITR, &sol);
         offer(o, ZLR_SOL_ITR, &sol, &inner);
     }
-    check_result found = answer_to_solution(m, &o->tol, &e->answer, kind, &sol);
+    check_result found = o->given == o->problem ? answer_to_solution(m, &o->tol, &e->answer, kind, &sol)
+                                                : mapped_solution(o, &e->answer, &sol);
     if (!sol.defined) return false;
     if (model_problem_type(m) == ZLR_PROBTYPE_QO)
         polish_solution(
@@ -130,8 +154,15 @@ static bool judge_infeasible(optimization *o, const run_entry *e)
     solution sol;
     o->claimed = CLAIM_INFEASIBLE;
     judge_credit(o, e);
-    if (certificate_from_dual_ray(o->problem.get(), &o->tol, e->answer.dual_ray, &sol, e->answer.cone_dual))
-        judge_certificate(o, &sol);
+    if (certificate_from_dual_ray(o->given.get(), &o->tol, e->answer.dual_ray, &sol, e->answer.cone_dual)) {
+        if (o->given == o->problem) {
+            judge_certificate(o, &sol);
+        } else {
+            solution own;
+            conic_map_ray(o->problem.get(), &o->map, &sol, &own);
+            judge_certificate(o, &own);
+        }
+    }
     return true;
 }
 
@@ -141,8 +172,13 @@ static bool judge_unbounded(optimization *o, const run_entry *e)
     solution ray, point;
     o->claimed = CLAIM_UNBOUNDED;
     judge_credit(o, e);
-    const check_result found = answer_to_solution(o->problem.get(), &o->tol, &e->answer, ZLR_SOL_BAS, &point);
-    if (found.primal <= 1.0 && certificate_from_primal_ray(o->problem.get(), &o->tol, e->answer.primal_ray, &ray))
+    engine_answer own = e->answer;
+    const auto columns = static_cast<size_t>(o->problem->num_var);
+    if (own.x.size() > columns) own.x.resize(columns); /* of a form, which has more */
+    if (own.primal_ray.size() > columns) own.primal_ray.resize(columns);
+    own.y.clear();
+    const check_result found = answer_to_solution(o->problem.get(), &o->tol, &own, ZLR_SOL_BAS, &point);
+    if (found.primal <= 1.0 && certificate_from_primal_ray(o->problem.get(), &o->tol, own.primal_ray, &ray))
         judge_certificate(o, &ray);
     return true;
 }

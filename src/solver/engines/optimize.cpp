@@ -17,6 +17,7 @@ static void begin(optimization *o, ZLR_task *task, const engine_table *table)
     o->task = task;
     o->table = table;
     o->problem = task->problem;
+    o->given = task->problem;
     o->watch.task = task;
     o->watch.start_s = clock_now_s();
     o->watch.deadline_s = o->watch.start_s + limit_s;
@@ -61,7 +62,7 @@ static std::vector<run_order> orders_of(const optimization *o, const std::vector
     for (const plan_step &step : round) {
         run_order order;
         order.step = step;
-        order.problem = o->problem;
+        order.problem = o->given;
         order.options = plan_options(step.source, &o->task->params);
         order.start = o->start;
         order.want_interior = o->plan.want_interior;
@@ -246,13 +247,46 @@ static bool solve_trivial(optimization *o)
     return true;
 }
 
+/* Quadratic parts are looked at before any engine runs: engines do not see that a problem is not convex, or see it late.
+ * Quadratic rows become cones. */
+static void look_at_quadratic(optimization *o)
+{
+    std::string message;
+    const model *m = o->problem.get();
+    if (o->is_linear || !o->plan.refusal.empty() || (m->qobj.empty() && m->qcon.empty())) return;
+    if (m->qcon.empty()) {
+        const convexity found = convexity_check(m);
+        o->refusal_code = found.code;
+        message = found.message;
+    } else {
+        std::shared_ptr<model> form;
+        o->refusal_code = conic_form(m, true, &form, &o->map, &message);
+        if (o->refusal_code == ZLR_RES_OK) o->given = form;
+    }
+    if (o->refusal_code == ZLR_RES_OK) {
+        const size_t num = o->map.disguised.size();
+        if (num > 0)
+            progress_note(&o->watch.table, (std::to_string(num) + (num == 1 ? " row is a cone" : " rows are cones") +
+                                            " in disguise and taken as that.")
+                                               .c_str());
+        return;
+    }
+    streams_write(&o->task->streams, ZLR_STREAM_ERR, message.c_str());
+    if (o->refusal_code == ZLR_RES_ERR_NONCONVEX && param_int(&o->task->params, IPAR_NONCONVEX) == NONCONVEX_LOCAL)
+        streams_write(&o->task->streams, ZLR_STREAM_ERR,
+                      "NONCONVEX=LOCAL needs a nonlinear engine, and this version has none.\n");
+}
+
 int32_t optimize_with(ZLR_task *task, const engine_table *table)
 {
     optimization o;
     int32_t code = ZLR_RES_OK;
 
     begin(&o, task, table);
-    if (!o.plan.refusal.empty()) {
+    look_at_quadratic(&o);
+    if (o.refusal_code != ZLR_RES_OK) {
+        code = o.refusal_code;
+    } else if (!o.plan.refusal.empty()) {
         code = tell(&o, ZLR_RES_ERR_NO_ENGINE, o.plan.refusal);
     } else {
         take_start(&o);

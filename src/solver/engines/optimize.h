@@ -1,6 +1,7 @@
 /* optimize.h - the order of an optimisation: plan, rounds of engines, judgement of their answers, proofs, outcome. */
 #pragma once
 
+#include "solver/conic/conic_form.h"
 #include "solver/engines/answer.h"
 #include "solver/engines/runner.h"
 
@@ -14,6 +15,9 @@ struct optimization {
     ZLR_task *task = nullptr;
     const engine_table *table = nullptr;
     std::shared_ptr<const model> problem;
+    std::shared_ptr<const model> given; /* what engines get: the problem, or its form without quadratic rows */
+    conic_map map;                      /* from that form back */
+    int32_t refusal_code = ZLR_RES_OK;  /* the problem is not convex */
     bool is_integer = false;
     bool is_linear = true; /* no quadratic parts, no cones */
     engine_plan plan;

@@ -114,6 +114,11 @@ void settle_claim(optimization *o)
         settle_infeasible_integer(o);
         return;
     }
+    if (!o->problem->qcon.empty() || !o->problem->cones.empty()) { /* our problems are linear */
+        judge_failure(o, o->run.engine,
+                      std::string("it takes the problem for ") + claim_text(claimed) + ", and its proof does not hold");
+        return;
+    }
     const finding feasible = o->is_integer ? find_integer_feasible(o) : find_feasible(o, claimed, &certificate);
     if (feasible == FOUND_NO) {
         if (o->is_integer)

@@ -60,7 +60,8 @@ enum {
     IPAR_ANALYZE_INFEAS_EFFORT = 30,                         /* how far an infeasible subproblem is made small */
     IPAR_LOG_LEVEL = ZLR_IPAR_LOG_LEVEL,                     /* 34 */
     IPAR_PARAM_IGNORE_ERRORS = ZLR_IPAR_PARAM_IGNORE_ERRORS, /* 92 */
-    IPAR_SENSITIVITY_ALL = ZLR_IPAR_SENSITIVITY_ALL          /* 112 */
+    IPAR_SENSITIVITY_ALL = ZLR_IPAR_SENSITIVITY_ALL,         /* 112 */
+    IPAR_NONCONVEX = 113                                     /* what is done with a problem that is not convex */
 };
 
 /* string */
@@ -77,6 +78,9 @@ enum {
     SPAR_STAT_FILE = 21,
     SPAR_REPORT_FILE = 22
 };
+
+/* Values of NONCONVEX. */
+enum { NONCONVEX_REFUSE = 0, NONCONVEX_LOCAL = 1 };
 
 /* Values of OPTIMIZER. */
 enum {

@@ -143,6 +143,9 @@ static constexpr param_row rows[] = {
          "Whether errors in parameter files are told as warnings and passed over"),
     WORD(IPAR_SENSITIVITY_ALL, "SENSITIVITY_ALL", 0, 0, 2, "OFF=0 ON=1 NAME_ONLY=2", nullptr,
          "Sensitivity report of every row and column at the end of a run; NAME_ONLY: the report's file name is set"),
+    WORD(IPAR_NONCONVEX, "NONCONVEX", NONCONVEX_REFUSE, 0, 1, "REFUSE=0 LOCAL=1", nullptr,
+         "What is done with a quadratic problem that is not convex. LOCAL, a local solution, waits for a nonlinear engine: "
+         "the problem is refused until then, and told so"),
 
     STR(SPAR_BAS_SOL_FILE, "BAS_SOL_FILE", "", "File that the basic solution is written to"),
     STR(SPAR_DATA_FILE, "DATA_FILE", "", "Problem file that is read"),

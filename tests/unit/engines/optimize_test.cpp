@@ -176,11 +176,25 @@ TEST_F(optimize, a_missing_engine_is_told_by_name_with_how_to_get_it)
     EXPECT_EQ(ZLR_RES_ERR_NO_ENGINE, task.run.return_code);
 }
 
-TEST_F(optimize, a_quadratic_task_is_refused_with_the_reason)
+TEST_F(optimize, what_no_engine_takes_is_refused_with_the_reason)
 {
-    task.problem->qobj = {{0, 0, 1.0}};
+    model *m = task.problem.get();
+    m->qobj = {{0, 0, 1.0}};
+    m->var_type[0] = ZLR_VAR_INT;
     EXPECT_EQ(ZLR_RES_ERR_NO_ENGINE, optimize_with(&task, &fake_table));
-    EXPECT_NE(std::string::npos, log.find("quadratic objective"));
+    EXPECT_NE(std::string::npos, log.find("integer columns together with a quadratic objective"));
+    m->var_type[0] = ZLR_VAR_CONT;
+    m->qobj.clear();
+    m->cones = {{ZLR_CT_QUAD, {0, 1}}};
+    EXPECT_EQ(ZLR_RES_ERR_NO_ENGINE, optimize_with(&task, &fake_table)); /* the fake table has no conic engine */
+    EXPECT_NE(std::string::npos, log.find("The problem has cones, and no engine takes that"));
+    m->cones.clear();
+    m->qobj = {{0, 0, -1.0}};
+    EXPECT_EQ(ZLR_RES_ERR_NONCONVEX, optimize_with(&task, &fake_table));
+    task.params.integer[IPAR_NONCONVEX] = NONCONVEX_LOCAL;
+    log.clear();
+    EXPECT_EQ(ZLR_RES_ERR_NONCONVEX, optimize_with(&task, &fake_table));
+    EXPECT_NE(std::string::npos, log.find("NONCONVEX=LOCAL needs a nonlinear engine"));
 }
 
 TEST_F(optimize, claims_without_proof_are_settled_by_problems_of_our_own)

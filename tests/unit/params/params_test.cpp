@@ -192,7 +192,7 @@ TEST_F(params, values_by_text)
         {"OPTIMIZER", "IntPnt", ZLR_RES_OK, "INTPNT"},
         {"OPTIMIZER", "2", ZLR_RES_OK, "DUAL_SIMPLEX"},
         {"OPTIMIZER", "INTPNTT", ZLR_RES_ERR_PARAM_VALUE, "did you mean INTPNT?"},
-        {"OPTIMIZER", "6", ZLR_RES_ERR_PARAM_VALUE, "FREE (0), INTPNT (1)"},
+        {"OPTIMIZER", "8", ZLR_RES_ERR_PARAM_VALUE, "FREE (0), INTPNT (1)"},
         {"SIMPLEX_DUAL_PRICING", "-1", ZLR_RES_OK, "CHOOSE"},
         {"RESULT_SOLUTION", "yes", ZLR_RES_ERR_PARAM_VALUE, "OFF (0), ON (1)"},
         {"RESULT_FILE", "", ZLR_RES_OK, ""},
