@@ -550,10 +550,19 @@ ZLR_API int32_t ZLR_getinfeasiblesubproblem(ZLR_task *task, int32_t kind, ZLR_ta
 ZLR_API int32_t ZLR_primalrepair(ZLR_task *task, const double *wlc, const double *wuc, const double *wlx,
                                  const double *wux);
 
+/* Rewrites a problem with quadratic parts in conic form, the objective too, with the same optimal values of its columns.
+ * Rows and columns keep their numbers and names; new columns and rows are appended, named after the row, or the objective,
+ * that they come from: NAME.w is at least the quadratic part and stands in its place, NAME.t1, ... are its squares, by rows
+ * of the same name, and NAME.h is fixed. A row that is a cone in disguise, one negative square or one negative product of
+ * columns that are at least 0 by their bounds, as x^2 + y^2 <= t^2, becomes that cone, and stays as a row without sides.
+ * Solutions are dropped. What became what is told on the message stream. A task without quadratic parts stays as it is.
+ * Returns ZLR_RES_ERR_NONCONVEX, ZLR_RES_ERR_QCON_EQUALITY or ZLR_RES_ERR_QCON_RANGE, with the row or the objective named on
+ * the error stream, and the task as it was. */
+ZLR_API int32_t ZLR_toconic(ZLR_task *task);
+
 /* ---- Not available in this version -------------------------------------------------------------------------------- */
 
-/* These say so on the error stream and return ZLR_RES_ERR_NOT_AVAILABLE; the task is left as it is. */
-ZLR_API int32_t ZLR_toconic(ZLR_task *task);
+/* This says so on the error stream and returns ZLR_RES_ERR_NOT_AVAILABLE; the task is left as it is. */
 ZLR_API int32_t ZLR_putnlfunc(ZLR_task *task, void *handle, ZLR_nlgetspfunc_t getsp, ZLR_nlgetvafunc_t getva);
 
 #ifdef __cplusplus

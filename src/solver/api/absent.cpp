@@ -9,8 +9,6 @@ static int32_t not_available(ZLR_task *task, const char *what)
     return ZLR_RES_ERR_NOT_AVAILABLE;
 }
 
-int32_t ZLR_toconic(ZLR_task *task) { return not_available(task, "The conic form"); }
-
 int32_t ZLR_putnlfunc(ZLR_task *task, void *, ZLR_nlgetspfunc_t, ZLR_nlgetvafunc_t)
 {
     return not_available(task, "A general nonlinear problem");

@@ -1,0 +1,42 @@
+/* conic.cpp - the entry that rewrites a task's problem in conic form. */
+#include "solver/api/api.h"
+#include "solver/conic/conic_form.h"
+
+static std::string counted(int32_t num, const char *one, const char *more)
+{
+    return std::to_string(num) + " " + (num == 1 ? one : more);
+}
+
+/* "the objective, 3 convex rows, 1 row as a cone in disguise": what became cones. */
+static std::string sources_text(const conic_map *map)
+{
+    std::string text;
+    const auto add = [&](const std::string &what) { text += (text.empty() ? "" : ", ") + what; };
+    const auto num_disguised = static_cast<int32_t>(map->disguised.size());
+    if (map->moved_objective) add("the objective");
+    if (map->convex_rows > 0) add(counted(map->convex_rows, "convex row", "convex rows"));
+    if (num_disguised > 0) add(counted(num_disguised, "row that is a cone", "rows that are cones"));
+    if (map->freed_rows > 0) add(counted(map->freed_rows, "row without sides", "rows without sides"));
+    return text;
+}
+
+int32_t ZLR_toconic(ZLR_task *task)
+{
+    return api_task(task, [&]() -> int32_t {
+        if (task->problem->qobj.empty() && task->problem->qcon.empty()) return ZLR_RES_OK;
+        std::shared_ptr<model> form;
+        conic_map map;
+        std::string message;
+        const int32_t res = conic_form(task->problem.get(), false, &form, &map, &message);
+        if (res != ZLR_RES_OK) {
+            streams_write(&task->streams, ZLR_STREAM_ERR, message.c_str());
+            return res;
+        }
+        task_drop_solutions(task);
+        task->problem = std::move(form);
+        streams_printf(&task->streams, ZLR_STREAM_MSG, "Conic form: %s: %s, %s, %s new\n", sources_text(&map).c_str(),
+                       counted(map.new_cones, "cone", "cones").c_str(), counted(map.new_var, "column", "columns").c_str(),
+                       counted(map.new_con, "row", "rows").c_str());
+        return ZLR_RES_OK;
+    });
+}

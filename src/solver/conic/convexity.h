@@ -1,0 +1,27 @@
+/* convexity.h - whether a problem is convex, found by factoring its quadratic parts before any engine runs.
+ *
+ * A minimised objective and a row with an upper side need a positive semidefinite form, a maximised objective and a row with
+ * a lower side a negative semidefinite one; within quad_sign_tolerance (quad_parts.h), where that is reasoned. Rows without
+ * sides, and forms whose terms are all 0, may be anything. Rows that are cones in disguise pass. */
+#pragma once
+
+#include "solver/conic/disguise.h"
+#include "solver/model/model.h"
+
+#include <string>
+#include <vector>
+
+struct convexity {
+    int32_t code = ZLR_RES_OK;
+    int32_t row = -1;                      /* what the code is about; -1: the objective */
+    std::string message;                   /* for users: lines of at most 80 columns, each ended by a newline; "" when convex */
+    std::vector<disguised_cone> disguised; /* ascending by row; of the rows before the one that failed */
+};
+
+/* The first thing that is wrong, the objective first, then by row: ZLR_RES_ERR_NONCONVEX, ZLR_RES_ERR_QCON_EQUALITY or
+ * ZLR_RES_ERR_QCON_RANGE. */
+convexity convexity_check(const model *m);
+
+/* Which sign a form needs: 1 positive, -1 negative semidefinite, 0 none. For rows with one side. */
+double convexity_objective_sign(const model *m);
+double convexity_row_sign(const model *m, int32_t row);
