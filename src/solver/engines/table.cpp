@@ -11,6 +11,8 @@ static constexpr engine_source sources[] = {
     {"highs", "HiGHS",
      "run scripts/install-deps of the source tree, or install HiGHS 1.10 or later and build with -DHIGHS_ROOT",
      loader_get},
+    {"clarabel", "Clarabel",
+     "run scripts/install-deps of the source tree, which gets cargo 1.71 or later to build it with", loader_get},
 };
 static constexpr engine_table default_table = {&sources[0], nullptr};
 
