@@ -105,6 +105,15 @@ std::shared_ptr<model> aside_feasibility(const model *m)
     return p;
 }
 
+std::shared_ptr<model> aside_conic_feasibility(const model *m)
+{
+    auto p = std::make_shared<model>(*m);
+    std::fill(p->c.begin(), p->c.end(), 0.0);
+    p->cfix = 0.0;
+    p->qobj.clear();
+    return p;
+}
+
 std::shared_ptr<model> aside_fixed(const model *m, const std::vector<double> &x)
 {
     std::shared_ptr<model> p = copy_of(m);

@@ -18,6 +18,9 @@ std::shared_ptr<model> aside_recession(const model *m);
 /* The task without its objective, integrality kept: whether there is any feasible point. */
 std::shared_ptr<model> aside_feasibility(const model *m);
 
+/* The same for a problem with cones, as a copy with everything else that it has. */
+std::shared_ptr<model> aside_conic_feasibility(const model *m);
+
 /* The task with its integer columns fixed at the nearest integers of x, continuous. */
 std::shared_ptr<model> aside_fixed(const model *m, const std::vector<double> &x);
 

@@ -148,21 +148,25 @@ void judge_certificate(optimization *o, const solution *certificate)
     o->is_settled = true;
 }
 
+void judge_dual_ray(optimization *o, const solution *certificate)
+{
+    if (o->given == o->problem) {
+        judge_certificate(o, certificate);
+        return;
+    }
+    solution own;
+    conic_map_ray(o->problem.get(), &o->map, certificate, &own);
+    judge_certificate(o, &own);
+}
+
 /* An engine's proof of infeasibility, if it has one that holds. Else its claim is to be settled. */
 static bool judge_infeasible(optimization *o, const run_entry *e)
 {
     solution sol;
     o->claimed = CLAIM_INFEASIBLE;
     judge_credit(o, e);
-    if (certificate_from_dual_ray(o->given.get(), &o->tol, e->answer.dual_ray, &sol, e->answer.cone_dual)) {
-        if (o->given == o->problem) {
-            judge_certificate(o, &sol);
-        } else {
-            solution own;
-            conic_map_ray(o->problem.get(), &o->map, &sol, &own);
-            judge_certificate(o, &own);
-        }
-    }
+    if (certificate_from_dual_ray(o->given.get(), &o->tol, e->answer.dual_ray, &sol, e->answer.cone_dual))
+        judge_dual_ray(o, &sol);
     return true;
 }
 
@@ -180,6 +184,7 @@ static bool judge_unbounded(optimization *o, const run_entry *e)
     const check_result found = answer_to_solution(o->problem.get(), &o->tol, &own, ZLR_SOL_BAS, &point);
     if (found.primal <= 1.0 && certificate_from_primal_ray(o->problem.get(), &o->tol, own.primal_ray, &ray))
         judge_certificate(o, &ray);
+    o->ray = std::move(own.primal_ray);
     return true;
 }
 

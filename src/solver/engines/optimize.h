@@ -30,8 +30,9 @@ struct optimization {
     bool is_settled = false;
     int32_t limit_code = ZLR_RES_OK; /* a limit that an engine has reached */
     claim claimed = CLAIM_NONE;
-    bool is_clean = true;   /* the incumbent: see answer_to_incumbent */
-    bool has_bound = false; /* branch and cut's bound on the objective */
+    std::vector<double> ray; /* of the engine that takes the problem for unbounded */
+    bool is_clean = true;    /* the incumbent: see answer_to_incumbent */
+    bool has_bound = false;  /* branch and cut's bound on the objective */
     double bound = 0.0;
 
     bool any_engine = false; /* some module could be loaded */
@@ -58,6 +59,9 @@ void judge_bound(optimization *o, double bound);
 
 /* Makes `certificate` the solution of every kind that is sought; an integer one has its status alone. */
 void judge_certificate(optimization *o, const solution *certificate);
+
+/* The same for a dual ray of the form that engines get. */
+void judge_dual_ray(optimization *o, const solution *certificate);
 
 /* Keeps for the record who answered. */
 void judge_credit(optimization *o, const run_entry *entry);

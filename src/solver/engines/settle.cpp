@@ -10,15 +10,15 @@
 #include <algorithm>
 
 /* Runs one engine on a problem of our own to the end or a stop. True: it came back, with *entry filled. */
-static bool run_aside(optimization *o, const std::shared_ptr<const model> &problem, engine_method method,
-                      run_entry *entry)
+static bool run_aside(optimization *o, const std::shared_ptr<const model> &problem, const engine_source *source,
+                      engine_method method, run_entry *entry)
 {
     runner r;
     run_order order;
     size_t which = 0;
 
     order.problem = problem;
-    order.step.source = o->table->linear;
+    order.step.source = source;
     order.step.method = method;
     o->watch.is_aside = true;
     run_event event = runner_start(&r, &o->watch, {order}) ? RUN_INCUMBENT : RUN_END;
@@ -38,7 +38,7 @@ static bool solve_aside(optimization *o, const std::shared_ptr<const model> &pro
 {
     for (const engine_method method : {METHOD_DUAL_SIMPLEX, METHOD_INTPNT, METHOD_PRIMAL_SIMPLEX}) {
         run_entry entry;
-        if (!run_aside(o, problem, method, &entry)) return false;
+        if (!run_aside(o, problem, o->table->linear, method, &entry)) return false;
         (void)answer_to_solution(problem.get(), &o->tol, &entry.answer, ZLR_SOL_BAS, sol);
         if (sol->solsta == ZLR_SOLSTA_OPTIMAL) return true;
     }
@@ -73,7 +73,7 @@ static finding find_integer_feasible(optimization *o)
     run_entry entry;
 
     if (o->best[ZLR_SOL_ITG].solsta == ZLR_SOLSTA_PRIM_FEAS) return FOUND_YES;
-    if (!run_aside(o, aside_feasibility(o->problem.get()), METHOD_MIP, &entry)) return FOUND_NOTHING;
+    if (!run_aside(o, aside_feasibility(o->problem.get()), o->table->linear, METHOD_MIP, &entry)) return FOUND_NOTHING;
     if (entry.answer.status == ENGINE_PRIMAL_INFEASIBLE) return FOUND_NO;
     for (const std::vector<double> *x : {&entry.incumbent, &entry.answer.x})
         if (!x->empty()) judge_incumbent(o, *x);
@@ -103,6 +103,35 @@ static const char *claim_text(claim claimed)
     return claimed == CLAIM_UNBOUNDED ? "unbounded" : "infeasible or unbounded";
 }
 
+/* With cones a proof comes from the engine or not at all. A direction of improvement is one where there is a feasible
+ * point. */
+static void settle_conic(optimization *o, claim claimed)
+{
+    run_entry entry;
+    solution found;
+
+    if (claimed == CLAIM_UNBOUNDED && !o->ray.empty() && o->table->conic != nullptr &&
+        run_aside(o, aside_conic_feasibility(o->given.get()), o->table->conic, METHOD_INTPNT, &entry)) {
+        engine_answer *a = &entry.answer;
+        if (certificate_from_dual_ray(o->given.get(), &o->tol, a->dual_ray, &found, a->cone_dual)) {
+            judge_dual_ray(o, &found);
+            return;
+        }
+        a->y.clear();
+        if (a->x.size() > static_cast<size_t>(o->problem->num_var))
+            a->x.resize(static_cast<size_t>(o->problem->num_var));
+        solution point;
+        if (answer_to_solution(o->problem.get(), &o->tol, a, ZLR_SOL_ITR, &point).primal <= 1.0 &&
+            certificate_from_primal_ray(o->problem.get(), &o->tol, o->ray, &found)) {
+            judge_certificate(o, &found);
+            return;
+        }
+    }
+    if (o->watch.stop_code == ZLR_RES_OK)
+        judge_failure(o, o->run.engine,
+                      std::string("it takes the problem for ") + claim_text(claimed) + ", and its proof does not hold");
+}
+
 void settle_claim(optimization *o)
 {
     const claim claimed = o->claimed;
@@ -114,9 +143,8 @@ void settle_claim(optimization *o)
         settle_infeasible_integer(o);
         return;
     }
-    if (!o->problem->qcon.empty() || !o->problem->cones.empty()) { /* our problems are linear */
-        judge_failure(o, o->run.engine,
-                      std::string("it takes the problem for ") + claim_text(claimed) + ", and its proof does not hold");
+    if (!o->problem->qcon.empty() || !o->problem->cones.empty()) {
+        settle_conic(o, claimed);
         return;
     }
     const finding feasible = o->is_integer ? find_integer_feasible(o) : find_feasible(o, claimed, &certificate);
@@ -145,7 +173,7 @@ void settle_integers(optimization *o)
 
     if (o->is_clean || o->watch.stop_code != ZLR_RES_OK || !best->defined || !best->has_primal) return;
     const std::shared_ptr<model> fixed = aside_fixed(o->problem.get(), best->xx);
-    if (!run_aside(o, fixed, METHOD_DUAL_SIMPLEX, &entry) || entry.answer.x.empty()) return;
+    if (!run_aside(o, fixed, o->table->linear, METHOD_DUAL_SIMPLEX, &entry) || entry.answer.x.empty()) return;
     solution sol;
     bool clean = false;
     const check_result found = answer_to_incumbent(o->problem.get(), &o->tol, entry.answer.x, &sol, &clean);

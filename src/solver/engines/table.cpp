@@ -14,7 +14,7 @@ static constexpr engine_source sources[] = {
     {"clarabel", "Clarabel",
      "run scripts/install-deps of the source tree, which gets cargo 1.71 or later to build it with", loader_get},
 };
-static constexpr engine_table default_table = {&sources[0], nullptr};
+static constexpr engine_table default_table = {&sources[0], &sources[1]};
 
 const engine_table *engine_table_default() { return &default_table; }
 

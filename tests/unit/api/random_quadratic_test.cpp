@@ -234,7 +234,7 @@ static void fill_built(ZLR_task *task, const built_problem &p)
 
 TEST(random_quadratic, problems_built_backwards_come_out)
 {
-    int32_t num[3] = {0, 0, 0};
+    int32_t num[3] = {0, 0, 0}, num_near = 0;
     ZLR_env *env = nullptr;
     ASSERT_EQ(ZLR_makeenv(&env, nullptr), 0);
     const int64_t first = random_env("ZELOR_RANDOM_SEED", 1), count = random_env("ZELOR_RANDOM_COUNT", 1000);
@@ -257,7 +257,8 @@ TEST(random_quadratic, problems_built_backwards_come_out)
         num[p.wanted]++;
         if (p.wanted == HAS_OPTIMUM) {
             double objective = 0.0;
-            EXPECT_EQ(solsta, ZLR_SOLSTA_OPTIMAL) << log;
+            EXPECT_TRUE(solsta == ZLR_SOLSTA_OPTIMAL || solsta == ZLR_SOLSTA_NEAR_OPTIMAL) << solsta << "\n" << log;
+            num_near += solsta == ZLR_SOLSTA_NEAR_OPTIMAL ? 1 : 0;
             EXPECT_EQ(ZLR_getprimalobj(task, kind, &objective), 0);
             EXPECT_NEAR(objective, p.optimum, 1e-5 * (1.0 + std::fabs(p.optimum))) << log;
         } else {
@@ -268,5 +269,6 @@ TEST(random_quadratic, problems_built_backwards_come_out)
         if (testing::Test::HasFailure()) break;
     }
     EXPECT_GT(num[HAS_OPTIMUM], count / 2);
+    EXPECT_LE(num_near, count / 100); /* without a point strictly inside, multipliers can be as large as they like */
     EXPECT_EQ(ZLR_deleteenv(&env), 0);
 }
