@@ -3,6 +3,7 @@
 #ifdef ZELOR_CLARABEL_MODULE /* builds with the engine */
 #include "small_models.h"
 #include "solver/engines/engine.h"
+#include "solver/params/params.h"
 
 #include <algorithm>
 #include <chrono>
@@ -10,6 +11,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <random>
+#include <set>
 #include <thread>
 
 static const double root2 = std::sqrt(2.0);
@@ -441,6 +443,92 @@ TEST_F(clarabel, options_act_or_are_refused)
     EXPECT_EQ(solve(m, {text}).status, ENGINE_REFUSED);
     text.str = "qdldl";
     expect_optimal(m, solve(m, {text}), 4.0);
+}
+
+/* Badly scaled and nearly dependent rows, so that every part of the engine has something to do. */
+static model rough_model()
+{
+    model m = make_model(ZLR_SENSE_MIN, {1e3, 1.0, 1e-3, 0.0, 1.0},
+                         {{1e6, 1e6, {1e5, 1e4, 1.0, 0.0, 0.0}},
+                          {1e6 + 1.0, model_inf, {1e5, 1e4, 1.0 + 1e-7, 1e-6, 0.0}},
+                          {-model_inf, 1e21, {1.0, 1.0, 1.0, 1.0, 1.0}},
+                          {1e-3, 1.0, {0.0, 0.0, 1e-6, 1e-5, 1.0}}},
+                         {0.0, 0.0, 0.0, -model_inf, -model_inf}, {1e5, model_inf, 1e7, model_inf, model_inf});
+    m.qobj = {{0, 0, 1e-4}, {3, 3, 1e4}};
+    m.cones = {{ZLR_CT_QUAD, {4, 3}}};
+    return m;
+}
+
+static bool same(const engine_answer &a, const engine_answer &b)
+{
+    return a.status == b.status && a.message == b.message && a.ipm_iterations == b.ipm_iterations && a.x == b.x &&
+           a.y == b.y && a.dual_ray == b.dual_ray;
+}
+
+/* Every parameter that is an option of this engine changes what the engine does: the answer or the way to it. */
+TEST_F(clarabel, every_parameter_acts)
+{
+    const model infeasible =
+        negated(make_model(ZLR_SENSE_MIN, {1.0, 1.0}, {{3.0, model_inf, {1.0, 1.0}}}, {0.0, 0.0}, {1.0, 1.0}));
+    const std::vector<engine_option> none;
+    /* Tolerances that are never met, so that the reduced ones decide. */
+    const std::vector<engine_option> stalled = {number("tol_gap_abs", 0.0), number("tol_gap_rel", 0.0),
+                                                number("tol_feas", 0.0), number("tol_infeas_rel", 0.0)};
+    std::vector<engine_option> by_rel = stalled, by_abs = stalled;
+    by_rel.push_back(number("reduced_tol_gap_abs", 0.0));
+    by_abs.push_back(number("reduced_tol_gap_rel", 0.0));
+    const struct {
+        const char *option;
+        double value;
+        model m;
+        std::vector<engine_option> with;
+    } cases[] = {
+        {"tol_gap_rel", 0.0, rotated_model(), {number("tol_gap_abs", 0.0)}},
+        {"tol_gap_abs", 1.0, rotated_model(), none},
+        {"tol_feas", 0.0, rotated_model(), none},
+        {"tol_infeas_rel", 1e-14, infeasible, none},
+        {"tol_infeas_abs", 1e6, infeasible, none},
+        {"tol_ktratio", 1e-12, infeasible, none},
+        {"reduced_tol_gap_rel", 0.0, rotated_model(), by_rel},
+        {"reduced_tol_gap_abs", 0.0, rotated_model(), by_abs},
+        {"reduced_tol_feas", 0.0, rotated_model(), stalled},
+        {"reduced_tol_infeas_rel", 0.0, infeasible, stalled},
+        {"reduced_tol_infeas_abs", 1e30, infeasible, stalled},
+        {"reduced_tol_ktratio", 1.0, infeasible, {number("tol_infeas_rel", 0.0), whole("max_iter", 4)}},
+        {"max_step_fraction", 0.5, rotated_model(), none},
+        {"min_terminate_step_length", 0.5, rotated_model(), {number("max_step_fraction", 0.3)}},
+        {"equilibrate_min_scaling", 0.5, rough_model(), none},
+        {"equilibrate_max_scaling", 2.0, rough_model(), none},
+        {"static_regularization_constant", 1e-6, rotated_model(), none},
+        {"static_regularization_proportional", 1e-4, rotated_model(), none},
+        {"dynamic_regularization_eps", 1e-2, rough_model(), none},
+        {"dynamic_regularization_delta", 1e-4, mixed_model(), {whole("static_regularization_enable", 0)}},
+        {"iterative_refinement_reltol", 1e-3, rotated_model(), none},
+        {"iterative_refinement_abstol", 1e-3, rotated_model(), none},
+        {"iterative_refinement_stop_ratio", 1e6, rough_model(), none},
+        {"max_iter", 3.0, rotated_model(), none},
+        {"presolve_enable", 0.0, rough_model(), none},
+        {"equilibrate_enable", 0.0, rough_model(), none},
+        {"equilibrate_max_iter", 1.0, rough_model(), none},
+        {"static_regularization_enable", 0.0, rotated_model(), none},
+        {"iterative_refinement_enable", 0.0, rotated_model(), none},
+        {"iterative_refinement_max_iter", 1.0, rough_model(), none},
+    };
+    std::set<std::string> tried;
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.option);
+        tried.insert(std::string("clarabel:") + c.option);
+        std::vector<engine_option> changed = c.with;
+        changed.push_back(number(c.option, c.value));
+        EXPECT_FALSE(same(solve(c.m, c.with), solve(c.m, changed)));
+        EXPECT_TRUE(same(solve(c.m, changed), solve(c.m, changed))) << "a difference may be chance";
+    }
+    int32_t num = 0;
+    const param_row *rows = param_table(&num);
+    for (const param_row *row = rows; row != rows + num; row++)
+        if (row->engine_option != nullptr && std::string(row->engine_option).starts_with("clarabel:")) {
+            EXPECT_EQ(tried.count(row->engine_option), 1U) << row->name;
+        }
 }
 
 TEST_F(clarabel, limits_leave_the_last_iterate)

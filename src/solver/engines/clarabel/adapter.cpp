@@ -1,7 +1,7 @@
 /* adapter.cpp - the Clarabel module: the one symbol that the library looks for, and the order of a solve.
  *
  * Clarabel is an interior-point method for linear and convex quadratic objectives over linear rows and cones. It gives
- * no basis and takes no start. It looks at its callback once an iteration, so that a stop waits for the factorisation at
+ * no basis, takes no start and works in one thread. It looks at its callback once an iteration, so that a stop waits for the factorisation at
  * hand. Whether a quadratic objective is convex it does not ask: that is the library's to know before. */
 #include "solver/engines/clarabel/form.h"
 
@@ -77,7 +77,6 @@ static bool put_options(clarabel_session *s, engine_answer *answer)
             return end_with(answer, ENGINE_REFUSED, "does not take the value of the option " + o.name);
         if (res != ZLR_CLARABEL_OK) return end_with(answer, ENGINE_REFUSED, "does not take the option " + o.name);
     }
-    (void)zlr_clarabel_put_number(s->settings, "max_threads", std::max(job->threads, 1));
     return true;
 }
 
