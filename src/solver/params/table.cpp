@@ -183,7 +183,7 @@ static constexpr param_row rows[] = {
     WORD(IPAR_ANALYZE_INFEAS_EFFORT, "ANALYZE_INFEAS_EFFORT", INFEAS_IRREDUCIBLE, 0, 1, "CERTIFICATE=0 IRREDUCIBLE=1", nullptr,
          "Infeasible subproblem: what the certificate names, or reduced until each member is needed"),
     INT(IPAR_CONIC_MAX_ITERATIONS, "CONIC_MAX_ITERATIONS", 200, 0, int_max, "", "clarabel:max_iter",
-        "Limit of Clarabel's iterations"),
+        "Limit of Clarabel's iterations; at the default it counts as stalled there"),
     WORD(IPAR_CONIC_PRESOLVE, "CONIC_PRESOLVE", 1, 0, 1, off_on, "clarabel:presolve_enable",
          "Clarabel: whether sides of 1e20 and more, where BOUND_INFINITE lets them through, are left out"),
     WORD(IPAR_CONIC_EQUILIBRATE, "CONIC_EQUILIBRATE", 1, 0, 1, off_on, "clarabel:equilibrate_enable",

@@ -151,6 +151,11 @@ TEST_F(clarabel, stall_is_told)
     EXPECT_EQ(near.status, ENGINE_UNKNOWN);
     EXPECT_EQ(near.message, "solved to its reduced tolerances only");
     EXPECT_EQ(near.y.size(), 2U);
+
+    const engine_answer slow = solve(m, {number("max_step_fraction", 0.05)});
+    EXPECT_EQ(slow.ipm_iterations, 200);
+    EXPECT_EQ(slow.status, ENGINE_UNKNOWN) << "a limit that nobody asked for";
+    EXPECT_FALSE(slow.message.empty());
 }
 
 /* ---- progress and stop */
