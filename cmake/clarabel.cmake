@@ -1,11 +1,16 @@
-# Builds Clarabel behind our C interface, with cargo. Cargo's own folder stands beside what scripts/install-deps fetched, so
-# that all presets share what it compiled; a build for the second preset takes a moment.
+# Builds Clarabel behind our C interface, with cargo. Its folder stands beside what scripts/install-deps fetched, so that all
+# presets share what was compiled: a build of the second one takes a moment.
+option(ZELOR_CLARABEL "Build the engine Clarabel, with cargo" ON)
+if(NOT ZELOR_CLARABEL)
+  message(STATUS "Clarabel: left out, as ZELOR_CLARABEL says")
+  return()
+endif()
 if(WIN32)
   message(STATUS "Clarabel: none for Windows, conic problems are read and converted only")
   return()
 endif()
 
-find_program(ZELOR_CARGO cargo HINTS $ENV{HOME}/.cargo/bin NO_CACHE)
+find_program(ZELOR_CARGO cargo PATHS $ENV{HOME}/.cargo/bin NO_CACHE)
 set(_cargo_version 0)
 if(ZELOR_CARGO)
   execute_process(COMMAND ${ZELOR_CARGO} --version OUTPUT_VARIABLE _cargo_text ERROR_QUIET)
@@ -15,8 +20,8 @@ if(ZELOR_CARGO)
 endif()
 set(_cargo_needed 1.71)
 if(_cargo_version VERSION_LESS _cargo_needed)
-  message(WARNING "Clarabel: no cargo ${_cargo_needed} or later, so that engine is left out: quadratic and conic problems "
-    "have one engine less. scripts/install-deps build gets it; on Debian 12 the packages cargo-web and rustc-web.")
+  message(WARNING "Clarabel: no cargo ${_cargo_needed} or later, so that the engine for cones is left out. "
+    "scripts/install-deps build gets cargo; on Debian 12 it is in the packages cargo-web and rustc-web.")
   return()
 endif()
 

@@ -22,7 +22,31 @@ enum {
     DPAR_MIP_HEURISTIC_EFFORT = 14,
     DPAR_SIMPLEX_COST_PERTURBATION = 15,
     DPAR_SIMPLEX_BOUND_PERTURBATION = 16,
-    DPAR_ANALYZE_INFEAS_TIME_LIMIT = 17 /* seconds for making an infeasible subproblem small */
+    DPAR_ANALYZE_INFEAS_TIME_LIMIT = 17, /* seconds for making an infeasible subproblem small */
+    /* Clarabel's own settings */
+    DPAR_CONIC_TOL_GAP_REL = 18,
+    DPAR_CONIC_TOL_GAP_ABS = 19,
+    DPAR_CONIC_TOL_FEAS = 20,
+    DPAR_CONIC_TOL_INFEAS_REL = 21,
+    DPAR_CONIC_TOL_INFEAS_ABS = 22,
+    DPAR_CONIC_TOL_KTRATIO = 23,
+    DPAR_CONIC_REDUCED_TOL_GAP_REL = 24,
+    DPAR_CONIC_REDUCED_TOL_GAP_ABS = 25,
+    DPAR_CONIC_REDUCED_TOL_FEAS = 26,
+    DPAR_CONIC_REDUCED_TOL_INFEAS_REL = 27,
+    DPAR_CONIC_REDUCED_TOL_INFEAS_ABS = 28,
+    DPAR_CONIC_REDUCED_TOL_KTRATIO = 29,
+    DPAR_CONIC_MAX_STEP_FRACTION = 30,
+    DPAR_CONIC_MIN_STEP = 31,
+    DPAR_CONIC_EQUILIBRATE_MIN = 32,
+    DPAR_CONIC_EQUILIBRATE_MAX = 33,
+    DPAR_CONIC_STATIC_REG_CONSTANT = 34,
+    DPAR_CONIC_STATIC_REG_PROPORTIONAL = 35,
+    DPAR_CONIC_DYNAMIC_REG_THRESHOLD = 36,
+    DPAR_CONIC_DYNAMIC_REG_SHIFT = 37,
+    DPAR_CONIC_REFINEMENT_TOL_REL = 38,
+    DPAR_CONIC_REFINEMENT_TOL_ABS = 39,
+    DPAR_CONIC_REFINEMENT_STOP_RATIO = 40
 };
 
 /* integer */
@@ -55,10 +79,17 @@ enum {
     IPAR_MIP_FEASIBILITY_JUMP = 25,
     IPAR_MIP_RINS = 26,
     IPAR_MIP_RENS = 27,
-    IPAR_WRITE_SYNC = 28,                                    /* written files are on the disk when a call returns */
-    IPAR_ANALYZE_DETAIL = 29,                                /* how much the analyses print */
-    IPAR_ANALYZE_INFEAS_EFFORT = 30,                         /* how far an infeasible subproblem is made small */
-    IPAR_LOG_LEVEL = ZLR_IPAR_LOG_LEVEL,                     /* 34 */
+    IPAR_WRITE_SYNC = 28,            /* written files are on the disk when a call returns */
+    IPAR_ANALYZE_DETAIL = 29,        /* how much the analyses print */
+    IPAR_ANALYZE_INFEAS_EFFORT = 30, /* how far an infeasible subproblem is made small */
+    IPAR_CONIC_MAX_ITERATIONS = 31,
+    IPAR_CONIC_PRESOLVE = 32,
+    IPAR_CONIC_EQUILIBRATE = 33,
+    IPAR_LOG_LEVEL = ZLR_IPAR_LOG_LEVEL, /* 34 */
+    IPAR_CONIC_EQUILIBRATE_ITERATIONS = 35,
+    IPAR_CONIC_STATIC_REGULARIZATION = 36,
+    IPAR_CONIC_REFINEMENT = 37,
+    IPAR_CONIC_REFINEMENT_MAX_ITERATIONS = 38,
     IPAR_PARAM_IGNORE_ERRORS = ZLR_IPAR_PARAM_IGNORE_ERRORS, /* 92 */
     IPAR_SENSITIVITY_ALL = ZLR_IPAR_SENSITIVITY_ALL,         /* 112 */
     IPAR_NONCONVEX = 113                                     /* what is done with a problem that is not convex */

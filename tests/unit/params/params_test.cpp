@@ -1,5 +1,8 @@
 /* The table of parameters: every row by every way of setting it, names, words, and the engine's own settings. */
 #include "solver/params/params.h"
+#ifdef ZELOR_HAS_CLARABEL
+#include "solver/engines/clarabel/clarabel_shim.h"
+#endif
 
 #include <algorithm>
 #include <cmath>
@@ -244,7 +247,7 @@ TEST_F(params, engine_options_exist_and_take_our_values)
     ASSERT_EQ(Highs_setBoolOptionValue(highs, "output_flag", 0), kHighsStatusOk);
     int32_t num_options = 0;
     for (const param_row *row = table; row != table + num; row++) {
-        if (row->engine_option == nullptr) continue;
+        if (row->engine_option == nullptr || std::string(row->engine_option).starts_with("clarabel:")) continue;
         SCOPED_TRACE(row->name);
         const std::string option = row->engine_option;
         ASSERT_EQ(option.substr(0, 6), "highs:");
@@ -288,6 +291,29 @@ TEST_F(params, engine_options_exist_and_take_our_values)
     EXPECT_GT(num_options, 20);
     Highs_destroy(highs);
 }
+
+#ifdef ZELOR_HAS_CLARABEL
+TEST_F(params, options_of_clarabel_exist_and_take_our_values)
+{
+    zlr_clarabel_settings *settings = zlr_clarabel_settings_new();
+    int32_t num_options = 0;
+    for (const param_row *row = table; row != table + num; row++) {
+        if (row->engine_option == nullptr || !std::string(row->engine_option).starts_with("clarabel:")) continue;
+        SCOPED_TRACE(row->name);
+        const char *name = row->engine_option + 9;
+        double def = -1.0;
+        ASSERT_EQ(zlr_clarabel_get_number(settings, name, &def), ZLR_CLARABEL_OK);
+        EXPECT_EQ(row->def, def);
+        EXPECT_EQ(zlr_clarabel_put_number(settings, name, row->min), ZLR_CLARABEL_OK);
+        EXPECT_EQ(zlr_clarabel_put_number(settings, name, row->max), ZLR_CLARABEL_OK);
+        EXPECT_EQ(zlr_clarabel_put_number(settings, name, 0.5) == ZLR_CLARABEL_OK, row->param_class == ZLR_PAR_DOUBLE);
+        EXPECT_EQ(zlr_clarabel_put_number(settings, name, 2.0) == ZLR_CLARABEL_VALUE, row->words != nullptr);
+        num_options++;
+    }
+    EXPECT_GT(num_options, 25);
+    zlr_clarabel_settings_free(settings);
+}
+#endif
 
 TEST_F(params, listing_fits_80_columns_and_has_every_row)
 {

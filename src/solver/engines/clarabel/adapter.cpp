@@ -1,7 +1,7 @@
 /* adapter.cpp - the Clarabel module: the one symbol that the library looks for, and the order of a solve.
  *
  * Clarabel is an interior-point method for linear and convex quadratic objectives over linear rows and cones. It gives
- * no basis and takes no start. It looks at its callback once an iteration, so that a stop waits for the factorisation at
+ * no basis, takes no start and works in one thread. It looks at its callback once an iteration, so that a stop waits for the factorisation at
  * hand. Whether a quadratic objective is convex it does not ask: that is the library's to know before. */
 #include "solver/engines/clarabel/form.h"
 
@@ -21,6 +21,7 @@ struct clarabel_session {
     zlr_clarabel_settings *settings = nullptr;
     zlr_clarabel_solver *solver = nullptr;
     char message[256] = "";
+    bool has_iteration_limit = false; /* the user's: reaching it is a limit, reaching the engine's own a stall */
 
     clarabel_session() = default;
     clarabel_session(const clarabel_session &) = delete;
@@ -76,8 +77,8 @@ static bool put_options(clarabel_session *s, engine_answer *answer)
         if (res == ZLR_CLARABEL_VALUE)
             return end_with(answer, ENGINE_REFUSED, "does not take the value of the option " + o.name);
         if (res != ZLR_CLARABEL_OK) return end_with(answer, ENGINE_REFUSED, "does not take the option " + o.name);
+        if (o.name == "max_iter") s->has_iteration_limit = true;
     }
-    (void)zlr_clarabel_put_number(s->settings, "max_threads", std::max(job->threads, 1));
     return true;
 }
 
@@ -136,7 +137,8 @@ static double setting_of(const clarabel_session *s, const char *name)
 /* Behind a limit Clarabel looks whether the reduced tolerances are met, and then tells that in place of the limit. */
 static engine_status limit_behind(const clarabel_session *s, const zlr_clarabel_result *r)
 {
-    if (static_cast<double>(r->iterations) >= setting_of(s, "max_iter")) return ENGINE_ITERATION_LIMIT;
+    if (s->has_iteration_limit && static_cast<double>(r->iterations) >= setting_of(s, "max_iter"))
+        return ENGINE_ITERATION_LIMIT;
     return r->time_s > setting_of(s, "time_limit") ? ENGINE_TIME_LIMIT : ENGINE_UNKNOWN;
 }
 
@@ -155,9 +157,11 @@ static void set_status(const clarabel_session *s, const zlr_clarabel_result *r, 
     case ZLR_CLARABEL_ALMOST_DUAL_INFEASIBLE:
         (void)end_with(answer, limit_behind(s, r), "unbounded by its reduced tolerances only");
         break;
-    case ZLR_CLARABEL_MAX_ITERATIONS: answer->status = ENGINE_ITERATION_LIMIT; break;
     case ZLR_CLARABEL_MAX_TIME: answer->status = ENGINE_TIME_LIMIT; break;
     case ZLR_CLARABEL_STOPPED: answer->status = ENGINE_STOPPED; break;
+    case ZLR_CLARABEL_MAX_ITERATIONS:
+        (void)end_with(answer, limit_behind(s, r), s->has_iteration_limit ? "" : "stalls");
+        break;
     case ZLR_CLARABEL_NUMERICAL_ERROR:
     case ZLR_CLARABEL_INSUFFICIENT_PROGRESS: (void)end_with(answer, ENGINE_UNKNOWN, "stalls"); break;
     default: (void)end_with(answer, ENGINE_FAILED, "ended with a status that is not known"); break;

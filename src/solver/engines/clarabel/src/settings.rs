@@ -4,6 +4,9 @@ use crate::{code, guard, text_of};
 use clarabel::solver::DefaultSettings;
 use std::os::raw::c_char;
 
+// Left out is what acts on nothing here: settings of cones that the interface does not have, max_threads, and
+// dynamic_regularization_enable, which the one solver of linear systems takes as always on.
+
 /// A setting in the type that the engine has for it.
 enum Field<'a> {
     Real(&'a mut f64),
@@ -28,13 +31,13 @@ fn field<'a>(settings: &'a mut DefaultSettings<f64>, name: &str) -> Option<Field
             reduced_tol_gap_abs reduced_tol_gap_rel reduced_tol_feas
             reduced_tol_infeas_abs reduced_tol_infeas_rel reduced_tol_ktratio
             equilibrate_min_scaling equilibrate_max_scaling
-            linesearch_backtrack_step min_switch_step_length min_terminate_step_length
+            min_terminate_step_length
             static_regularization_constant static_regularization_proportional
             dynamic_regularization_eps dynamic_regularization_delta
             iterative_refinement_reltol iterative_refinement_abstol iterative_refinement_stop_ratio;
-        Count: max_iter equilibrate_max_iter max_threads iterative_refinement_max_iter;
+        Count: max_iter equilibrate_max_iter iterative_refinement_max_iter;
         Switch: equilibrate_enable presolve_enable static_regularization_enable
-            dynamic_regularization_enable iterative_refinement_enable;
+            iterative_refinement_enable;
         Text: direct_solve_method;
     }
 }
