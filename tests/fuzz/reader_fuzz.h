@@ -19,6 +19,19 @@ inline void fuzz_check_terms(const model *m, const std::vector<quad_term> &terms
         fuzz_require(t.j >= 0 && t.j <= t.i && t.i < m->num_var && std::isfinite(t.value) && t.value != 0.0);
 }
 
+inline void fuzz_check_cones(const model *m)
+{
+    std::vector<char> is_member(static_cast<size_t>(m->num_var), 0);
+    for (const model_cone &cone : m->cones) {
+        fuzz_require(cone.type == ZLR_CT_QUAD || cone.type == ZLR_CT_RQUAD);
+        fuzz_require(cone.member.size() > cone_num_heads(cone.type));
+        for (const int32_t j : cone.member) {
+            fuzz_require(j >= 0 && j < m->num_var && is_member[static_cast<size_t>(j)] == 0);
+            is_member[static_cast<size_t>(j)] = 1;
+        }
+    }
+}
+
 inline void fuzz_check_model(const model *m)
 {
     const auto num_con = static_cast<size_t>(m->num_con);
@@ -45,6 +58,7 @@ inline void fuzz_check_model(const model *m)
         fuzz_require(q.row >= 0 && q.row < m->num_con && !q.terms.empty());
         fuzz_check_terms(m, q.terms);
     }
+    fuzz_check_cones(m);
 }
 
 /* Reads bytes in a format and, if that goes well, writes the model in the same. Returns the reader's code. */

@@ -8,23 +8,18 @@
 #include <new>
 #include <stdexcept>
 
-namespace
-{
-/* Every problem that a model can describe fits both formats today. */
-bool holds_all(const model *) { return true; }
-}  // namespace
-
 /* clang-format off */
 const file_format format_table[] = {
-    { "MPS", "mps qps", mps_read, mps_write, holds_all },
-    { "LP",  "lp",      lp_read,  lp_write,  holds_all },
+    { "MPS", "mps qps", mps_read, mps_write, true,  false },
+    { "LP",  "lp",      lp_read,  lp_write,  true,  false },
+    { "CBF", "cbf",     cbf_read, cbf_write, false, true  },
 };
 /* clang-format on */
 const int32_t format_count = static_cast<int32_t>(std::size(format_table));
 
 namespace
 {
-enum { format_mps = 0, format_lp = 1 };
+enum { format_mps = 0, format_lp = 1, format_cbf = 2 };
 
 constexpr size_t head_bytes = size_t{16} * 1024; /* enough to get over the comments that most files begin with */
 constexpr size_t quote_max = 60;
@@ -57,7 +52,7 @@ std::string_view take_extension(std::string_view *name)
     return extension;
 }
 
-/* The first line that says something: neither blank nor a comment of either format. */
+/* The first line that says something: neither blank nor a comment of any format. */
 std::string_view first_line(std::string_view head, char *comment)
 {
     *comment = '\0';
@@ -67,7 +62,7 @@ std::string_view first_line(std::string_view head, char *comment)
         head.remove_prefix(std::min(end + 1, head.size()));
         const size_t text = line.find_first_not_of(" \t\r");
         if (text == std::string_view::npos) continue;
-        if (line[text] != '*' && line[text] != '\\') return line;
+        if (line[text] != '*' && line[text] != '\\' && line[text] != '#') return line;
         *comment = line[text];
     }
     return {};
@@ -122,7 +117,9 @@ int32_t format_by_content(std::string_view head)
 
     if (begin == 0 && is_one_of(word, mps_words)) return format_mps;
     if (is_one_of(word, lp_words)) return format_lp;
+    if (word == "VER") return format_cbf;
     if (comment == '*') return format_mps;
+    if (comment == '#') return format_cbf;
     return comment == '\\' ? format_lp : -1;
 }
 
@@ -180,7 +177,7 @@ int32_t format_of_source(const io_context *io, byte_source *in, int32_t *format)
     if (*format >= 0) return ZLR_RES_OK;
     if (head.empty()) return io_error(io, ZLR_RES_ERR_FILE_FORMAT, 0, "the file is empty");
     return io_error(io, ZLR_RES_ERR_FILE_FORMAT, 0,
-                    "neither the name nor the content tells the format; known extensions are .mps, .qps and .lp");
+                    "neither the name nor the content tells the format; known extensions are .mps, .qps, .lp and .cbf");
 }
 
 int32_t read_source(const io_context *io, byte_source *in, model *m, int32_t *format)
@@ -210,14 +207,61 @@ int32_t problem_read(const io_context *io, model *m, int32_t *format)
     return res;
 }
 
+namespace
+{
+bool has_quadratic(const model *m) { return !m->qobj.empty() || !m->qcon.empty(); }
+
+bool format_holds(const file_format *format, const model *m)
+{
+    return (format->holds_quadratic || !has_quadratic(m)) && (format->holds_cones || m->cones.empty());
+}
+
+/* The wished format where the name asks for none, or the first that can hold the problem. */
+int32_t format_that_holds(const model *m, int32_t wished)
+{
+    for (int32_t i = 0; i < format_count && !format_holds(&format_table[wished], m); ++i)
+        if (format_holds(&format_table[i], m)) return i;
+    return wished;
+}
+
+/* "MPS (.mps), LP (.lp)": the formats that can hold a problem. */
+std::string formats_that_hold(const model *m)
+{
+    std::string text;
+    for (const file_format &format : format_table) {
+        if (!format_holds(&format, m)) continue;
+        const std::string_view extensions = format.extensions;
+        text += text.empty() ? "" : ", ";
+        text += std::string(format.name) + " (." + std::string(extensions.substr(0, extensions.find(' '))) + ")";
+    }
+    return text;
+}
+
+int32_t refuse_write(const io_context *io, const file_format *format, const model *m)
+{
+    const bool lacks_cones = !m->cones.empty() && !format->holds_cones;
+    const char *what = lacks_cones ? "cones" : "quadratic terms";
+    const std::string others = formats_that_hold(m);
+    /* Only a conic format lacks quadratic terms, and only the conic form of the problem has none. */
+    if (others.empty())
+        return io_error(
+            io, ZLR_RES_ERR_WRITE_FORMAT, 0,
+            "the format %s cannot hold %s, and no format holds cones beside quadratic terms; the conic form of "
+            "the problem (-toconic) can be written as CBF (.cbf)",
+            format->name, what);
+    return io_error(io, ZLR_RES_ERR_WRITE_FORMAT, 0, "the format %s cannot hold %s; formats that can: %s%s",
+                    format->name, what, others.c_str(),
+                    lacks_cones ? "" : "; or the conic form of the problem is written (-toconic)");
+}
+}  // namespace
+
 int32_t problem_write(const io_context *io, const model *m, int32_t *format)
 {
     const int32_t by_name = format_by_name(io->file);
     if (by_name >= 0) *format = by_name;
     if (*format < 0 || *format >= format_count) *format = format_lp;
-    if (!format_table[*format].holds(m))
-        return io_error(io, ZLR_RES_ERR_WRITE_FORMAT, 0, "the format %s cannot hold the problem",
-                        format_table[*format].name);
+    if (by_name < 0) *format = format_that_holds(m, *format);
+    if (!format_holds(&format_table[*format], m)) return refuse_write(io, &format_table[*format], m);
 
     byte_sink *out = nullptr;
     int32_t res = ZLR_RES_OK;

@@ -26,7 +26,7 @@ struct file_format {
     const char *extensions; /* "mps qps", without dots */
     format_read_func read;
     format_write_func write;
-    bool (*holds)(const model *m); /* whether the format can hold the problem */
+    bool holds_quadratic, holds_cones;
 };
 
 /* Whether written files have to be on the disk, by the parameters. */
@@ -46,7 +46,8 @@ int32_t format_by_name(const char *filename);
 int32_t format_by_content(std::string_view head);
 
 /* Read and write a problem file: choose the format, open, read or write, close, tell errors. `*format` is the number of
- * the format that was used; for writing it is, on entry, the one to take when the extension does not tell (-1: LP). */
+ * the format that was used; for writing it is, on entry, the one to take when the extension does not tell (-1: LP), and
+ * another is taken if that one cannot hold the problem. */
 [[nodiscard]] int32_t problem_read(const io_context *io, model *m, int32_t *format);
 [[nodiscard]] int32_t problem_write(const io_context *io, const model *m, int32_t *format);
 
@@ -62,3 +63,5 @@ int32_t mps_read(const io_context *io, byte_source *in, model *m);
 int32_t mps_write(const io_context *io, byte_sink *out, const model *m);
 int32_t lp_read(const io_context *io, byte_source *in, model *m);
 int32_t lp_write(const io_context *io, byte_sink *out, const model *m);
+int32_t cbf_read(const io_context *io, byte_source *in, model *m);
+int32_t cbf_write(const io_context *io, byte_sink *out, const model *m);

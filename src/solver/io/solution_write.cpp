@@ -96,6 +96,7 @@ static void put_header(solution_writer *w)
     put_header_line(w, "kind", words_solution_kind(w->kind));
     put_header_line(w, "rows", std::to_string(w->m->num_con));
     put_header_line(w, "columns", std::to_string(w->m->num_var));
+    if (!w->m->cones.empty()) put_header_line(w, "cones", std::to_string(w->m->cones.size()));
     const char *prosta = words_problem_status(sol->prosta), *solsta = words_solution_status(sol->solsta);
     put_header_line(w, "problem_status", prosta != nullptr ? prosta : "UNKNOWN");
     put_header_line(w, "solution_status", solsta != nullptr ? solsta : "UNKNOWN");
@@ -107,20 +108,28 @@ static void put_header(solution_writer *w)
     put_line(w);
 }
 
+static void begin_line(solution_writer *w, std::string_view name, int32_t status_key)
+{
+    append_name(&w->line, name);
+    if (w->line.size() < widest_name) w->line.append(widest_name - w->line.size(), ' ');
+    w->line += ' ';
+    const char *key = words_status_key(status_key);
+    w->line += key != nullptr ? key : words_status_key(ZLR_SK_UNDEF);
+}
+
 /* One line of a section: true when all its values are finite. */
-static bool compose_line(solution_writer *w, bool rows, int32_t i, const std::vector<const solution_field *> &fields)
+static bool compose_line(solution_writer *w, solution_item item, int32_t i,
+                         const std::vector<const solution_field *> &fields)
 {
     const model *m = w->m;
     const solution *sol = w->sol;
+    const bool rows = item == ITEM_ROW;
     const auto at = static_cast<size_t>(i);
     bool finite = true;
-    append_name(&w->line, names_shown(rows ? &m->con_names : &m->var_names, i, rows ? 'c' : 'x'));
-    if (w->line.size() < widest_name) w->line.append(widest_name - w->line.size(), ' ');
-    w->line += ' ';
-    const char *key = words_status_key((rows ? sol->skc : sol->skx)[at]);
-    w->line += key != nullptr ? key : words_status_key(ZLR_SK_UNDEF);
+    begin_line(w, names_shown(rows ? &m->con_names : &m->var_names, i, rows ? 'c' : 'x'),
+               (rows ? sol->skc : sol->skx)[at]);
     for (const solution_field *field : fields) {
-        const double value = (sol->*(rows ? field->row : field->column))[at];
+        const double value = (sol->*(field->values[item]))[at];
         finite = finite && std::isfinite(value);
         append_number(&w->line, value);
         if (field->part != FIELD_PRIMAL) continue;
@@ -130,12 +139,13 @@ static bool compose_line(solution_writer *w, bool rows, int32_t i, const std::ve
     return finite;
 }
 
-static int32_t put_section(solution_writer *w, bool rows)
+static int32_t put_section(solution_writer *w, solution_item item)
 {
+    const bool rows = item == ITEM_ROW;
     std::vector<const solution_field *> fields;
     w->line = rows ? "[rows] name key" : "[columns] name key";
     for (const solution_field &field : solution_fields) {
-        if ((rows ? field.row : field.column) == nullptr) continue;
+        if (field.values[item] == nullptr || !solution_field_stands(&field, item, w->m)) continue;
         if (field.part == FIELD_DUAL && w->kind == ZLR_SOL_ITG) continue;
         fields.push_back(&field);
         w->line += std::string(" ") + field.name + (field.part == FIELD_PRIMAL ? " lower upper" : "");
@@ -143,7 +153,7 @@ static int32_t put_section(solution_writer *w, bool rows)
     put_line(w);
     const int32_t num = rows ? w->m->num_con : w->m->num_var;
     for (int32_t i = 0; i < num; i++) {
-        if (!compose_line(w, rows, i, fields))
+        if (!compose_line(w, item, i, fields))
             return io_error(
                 w->io, ZLR_RES_ERR_NAN, 0, "the solution of %s %s is not finite", rows ? "row" : "column",
                 io_quote(names_shown(rows ? &w->m->con_names : &w->m->var_names, i, rows ? 'c' : 'x')).c_str());
@@ -153,11 +163,27 @@ static int32_t put_section(solution_writer *w, bool rows)
     return ZLR_RES_OK;
 }
 
+static void put_cones(solution_writer *w)
+{
+    const std::vector<model_cone> &cones = w->m->cones;
+    if (cones.empty()) return;
+    w->line = "[cones] name key type members";
+    put_line(w);
+    for (size_t k = 0; k < cones.size(); k++) {
+        begin_line(w, solution_cone_prefix + std::to_string(k + 1), w->sol->skn[k]);
+        w->line += text_format(" %12s", words_cone_type(cones[k].type));
+        append_number(&w->line, static_cast<double>(cones[k].member.size()));
+        put_line(w);
+    }
+    put_line(w);
+}
+
 static int32_t put_all(solution_writer *w)
 {
     put_header(w);
-    int32_t res = put_section(w, true);
-    if (res == ZLR_RES_OK) res = put_section(w, false);
+    int32_t res = put_section(w, ITEM_ROW);
+    if (res == ZLR_RES_OK) res = put_section(w, ITEM_COLUMN);
+    if (res == ZLR_RES_OK) put_cones(w);
     if (res == ZLR_RES_OK) sink_text(w->out, "[end]\n");
     return res;
 }

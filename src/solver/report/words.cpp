@@ -57,6 +57,11 @@ static const word_row problem_type[] = {
     {ZLR_PROBTYPE_NL, "nonlinear"},
 };
 
+static const word_row cone_type[] = {
+    {ZLR_CT_QUAD, "QUAD"},
+    {ZLR_CT_RQUAD, "RQUAD"},
+};
+
 template <size_t num> static const char *word_of(const word_row (&table)[num], int32_t number)
 {
     for (const word_row &row : table)
@@ -89,3 +94,5 @@ const char *words_status_key(int32_t key) { return word_of(status_key, key); }
 int32_t words_find_status_key(std::string_view word) { return number_of(status_key, word); }
 const char *words_solution_kind(int32_t kind) { return word_of(solution_kind, kind); }
 const char *words_problem_type(int32_t type) { return word_of(problem_type, type); }
+const char *words_cone_type(int32_t type) { return word_of(cone_type, type); }
+int32_t words_find_cone_type(std::string_view word) { return number_of(cone_type, word); }

@@ -23,3 +23,7 @@ const char *words_solution_kind(int32_t kind);
 
 /* "linear", "quadratic objective" ... */
 const char *words_problem_type(int32_t type);
+
+/* "QUAD", "RQUAD", and back (-1: unknown). */
+const char *words_cone_type(int32_t type);
+int32_t words_find_cone_type(std::string_view word);

@@ -12,10 +12,11 @@ TEST(Format, ByName)
 {
     static const struct {
         const char *name, *format;
-    } cases[] = {{"a.mps", "MPS"},     {"a.QPS", "MPS"},  {"a.lp", "LP"},     {"a.mps.gz", "MPS"},
-                 {"a.LP.GZ", "LP"},    {"a.txt", "none"}, {"mps", "none"},    {"a", "none"},
-                 {"", "none"},         {"a.", "none"},    {"a.gz", "none"},   {"dir.mps/a", "none"},
-                 {"a.lp.txt", "none"}, {".lp", "LP"},     {"d/a.b.lp", "LP"}, {"a.mps qps", "none"}};
+    } cases[] = {{"a.mps", "MPS"},     {"a.QPS", "MPS"},   {"a.lp", "LP"},     {"a.mps.gz", "MPS"},
+                 {"a.LP.GZ", "LP"},    {"a.txt", "none"},  {"mps", "none"},    {"a", "none"},
+                 {"", "none"},         {"a.", "none"},     {"a.gz", "none"},   {"dir.mps/a", "none"},
+                 {"a.lp.txt", "none"}, {".lp", "LP"},      {"d/a.b.lp", "LP"}, {"a.mps qps", "none"},
+                 {"a.cbf", "CBF"},     {"a.CBF.gz", "CBF"}};
     for (const auto &c : cases) EXPECT_EQ(format_name(format_by_name(c.name)), c.format) << c.name;
 }
 
@@ -33,6 +34,9 @@ TEST(Format, ByContent)
         {"\\ comment", "LP"},
         {" Maximize obj: x", "LP"},
         {"MIN\n", "LP"},
+        {"VER\n3\n", "CBF"},
+        {"# comment\n\n#\r\nVER\r\n", "CBF"},
+        {"# only comments", "CBF"},
         {" NAME\n", "none"},
         {"hello\n", "none"},
         {"", "none"},
@@ -102,7 +106,7 @@ TEST(Problem, FailedReadsSayWhy)
         {"empty", ZLR_RES_ERR_FILE_FORMAT, ": the file is empty.\n"},
         {"empty.mps", ZLR_RES_ERR_FILE_FORMAT, ": the file is empty.\n"},
         {"what", ZLR_RES_ERR_FILE_FORMAT,
-         ": neither the name nor the content tells the format; known extensions are .mps, .qps and .lp.\n"},
+         ": neither the name nor the content tells the format; known extensions are .mps, .qps, .lp and .cbf.\n"},
         {"cut.mps.gz", ZLR_RES_ERR_FILE_READ, ": reading fails: the compressed data is damaged or cut off.\n"},
     };
     for (const auto &c : cases) {
@@ -135,6 +139,54 @@ TEST(Problem, WriteTakesTheGivenFormatWhereTheNameTellsNone)
         EXPECT_EQ(problem_read(&context.io, &back, &read_format), ZLR_RES_OK) << context.log;
         EXPECT_EQ(read_format, format);
         EXPECT_EQ(shown(back), small_shown);
+    }
+}
+
+/* What a format lacks is told with the formats that have it; a name that asks for no format gets one that has. */
+TEST(Problem, FormatsThatCannotHoldItAreRefused)
+{
+    temp_folder folder;
+    const model linear = [] {
+        model m;
+        model_append_vars(&m, 3);
+        return m;
+    }();
+    model conic = linear;
+    conic.cones.push_back({ZLR_CT_QUAD, {0, 1, 2}});
+    model quadratic = linear;
+    quadratic.qobj.push_back({0, 0, 2.0});
+    model both = conic;
+    both.qobj = quadratic.qobj;
+    static const struct {
+        const char *name;
+        int32_t given;
+        const model *m;
+        const char *taken, *message;
+    } cases[] = {
+        {"a.lp", -1, &conic, nullptr, "the format LP cannot hold cones; formats that can: CBF (.cbf).\n"},
+        {"a.mps.gz", -1, &conic, nullptr, "the format MPS cannot hold cones; formats that can: CBF (.cbf).\n"},
+        {"a.cbf", -1, &quadratic, nullptr,
+         "the format CBF cannot hold quadratic terms; formats that can: MPS (.mps), LP (.lp); or the conic form of the "
+         "problem is written (-toconic).\n"},
+        {"a.lp", -1, &both, nullptr,
+         "the format LP cannot hold cones, and no format holds cones beside quadratic terms; the conic form of the "
+         "problem (-toconic) can be written as CBF (.cbf).\n"},
+        {"a", 0, &both, nullptr, "the format MPS cannot hold cones, and"},
+        {"a", -1, &conic, "CBF", ""},
+        {"a", 0, &conic, "CBF", ""},
+        {"a", 2, &quadratic, "MPS", ""},
+        {"a.cbf", 0, &linear, "CBF", ""},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(std::string(c.name) + " " + c.message);
+        caught_io context(folder.file(c.name));
+        int32_t format = c.given;
+        const int32_t res = problem_write(&context.io, c.m, &format);
+        EXPECT_EQ(res, c.taken != nullptr ? ZLR_RES_OK : ZLR_RES_ERR_WRITE_FORMAT);
+        EXPECT_EQ(c.taken == nullptr ? "" : format_name(format), c.taken == nullptr ? "" : c.taken);
+        EXPECT_EQ(context.log.find(c.message), c.taken != nullptr ? 0 : context.name.size() + 2) << context.log;
+        EXPECT_EQ(std::filesystem::exists(context.name), c.taken != nullptr);
+        std::filesystem::remove(context.name);
     }
 }
 

@@ -71,12 +71,12 @@ struct caught_io {
     caught_io &operator=(const caught_io &) = delete;
 };
 
-inline int32_t read_text(caught_io *context, const std::string &text, model *m)
+inline int32_t read_text(caught_io *context, const std::string &text, model *m, format_read_func reader = mps_read)
 {
     byte_source *in = nullptr;
     const int32_t res = source_open_memory(&in, text.data(), text.size());
     EXPECT_EQ(res, ZLR_RES_OK);
-    const int32_t read = mps_read(&context->io, in, m);
+    const int32_t read = reader(&context->io, in, m);
     source_close(&in);
     return read;
 }
@@ -102,6 +102,10 @@ inline std::string shown(const model &m)
     for (const quad_term &t : m.qobj) text += text_format(" | q%d,%d:%.17g", t.i, t.j, t.value);
     for (const quad_row &q : m.qcon)
         for (const quad_term &t : q.terms) text += text_format(" | q%d:%d,%d:%.17g", q.row, t.i, t.j, t.value);
+    for (const model_cone &cone : m.cones) {
+        text += cone.type == ZLR_CT_QUAD ? " | Q" : " | QR";
+        for (const int32_t j : cone.member) text += " " + names_shown(&m.var_names, j, 'x');
+    }
     return text;
 }
 
@@ -122,6 +126,13 @@ inline bool same_terms(const std::vector<quad_term> &a, const std::vector<quad_t
     return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const quad_term &x, const quad_term &y) {
         return x.i == y.i && x.j == y.j && x.value == y.value;
     });
+}
+
+inline bool same_cones(const model &a, const model &b)
+{
+    return std::equal(
+        a.cones.begin(), a.cones.end(), b.cones.begin(), b.cones.end(),
+        [](const model_cone &x, const model_cone &y) { return x.type == y.type && x.member == y.member; });
 }
 
 /* Every number bit by bit, and every name. */
@@ -149,5 +160,6 @@ inline void expect_same(const model &a, const model &b)
         EXPECT_EQ(a.qcon[k].row, b.qcon[k].row);
         EXPECT_TRUE(same_terms(a.qcon[k].terms, b.qcon[k].terms));
     }
+    EXPECT_TRUE(same_cones(a, b));
 }
 }  // namespace test_mps

@@ -52,6 +52,21 @@ protected:
         solution_reset(&sol, m.num_con, m.num_var);
     }
 
+    /* Four columns more, in two cones. */
+    void add_cones()
+    {
+        model_append_vars(&m, 4);
+        m.cones = {{ZLR_CT_QUAD, {6, 0}}, {ZLR_CT_RQUAD, {3, 5, 4}}};
+        solution_reset(&sol, m.num_con, m.num_var, model_num_cones(&m));
+        sol.defined = sol.has_keys = sol.has_primal = sol.has_dual = true;
+        sol.solsta = ZLR_SOLSTA_OPTIMAL;
+        sol.skn = {ZLR_SK_SUPBAS, ZLR_SK_FIXED};
+        sol.skx[6] = ZLR_SK_LOWER;
+        sol.xx = {1.0 / 3.0, 2.0, 0.1, 1e-9, -0.0, 7.0, 9.0};
+        sol.snx = {-1.0 / 7.0, 0.0, 0.0, 1e-300, 5e-324, 2.0, 0.3};
+        sol.slx[6] = 1.5;
+    }
+
     void fill_solution()
     {
         sol.defined = sol.has_keys = sol.has_primal = sol.has_dual = true;
@@ -121,6 +136,7 @@ static void expect_same(const solution &a, const solution &b, bool duals)
     EXPECT_TRUE(same_bits({a.primal_obj, a.dual_obj}, {b.primal_obj, b.dual_obj}));
     EXPECT_EQ(a.skc, b.skc);
     EXPECT_EQ(a.skx, b.skx);
+    EXPECT_EQ(a.skn, b.skn);
     EXPECT_TRUE(same_bits(a.xc, b.xc));
     EXPECT_TRUE(same_bits(a.xx, b.xx));
     if (!duals) return;
@@ -129,6 +145,7 @@ static void expect_same(const solution &a, const solution &b, bool duals)
     EXPECT_TRUE(same_bits(a.suc, b.suc));
     EXPECT_TRUE(same_bits(a.slx, b.slx));
     EXPECT_TRUE(same_bits(a.sux, b.sux));
+    EXPECT_TRUE(same_bits(a.snx, b.snx));
 }
 
 TEST_F(solution_file, same_bits_back)
@@ -141,7 +158,82 @@ TEST_F(solution_file, same_bits_back)
         ASSERT_EQ(read(&back, kind), ZLR_RES_OK) << errors;
         expect_same(sol, back, kind != ZLR_SOL_ITG);
         EXPECT_EQ(file_text().find("slx") == std::string::npos, kind == ZLR_SOL_ITG);
+        EXPECT_EQ(file_text().find("cones"), std::string::npos); /* only where there are some */
+        EXPECT_EQ(file_text().find("snx"), std::string::npos);
     }
+}
+
+TEST_F(solution_file, cones_and_their_duals_come_back)
+{
+    for (const int32_t kind : {ZLR_SOL_ITR, ZLR_SOL_ITG}) {
+        SCOPED_TRACE(kind);
+        m = model{};
+        make_problem();
+        add_cones();
+        ASSERT_EQ(write(kind), ZLR_RES_OK) << errors;
+        const std::string text = file_text();
+        EXPECT_NE(text.find("\ncones             2\n"), std::string::npos) << text;
+        EXPECT_NE(text.find("[cones] name key type members\nk1                   SB         QUAD            2\n"
+                            "k2                   EQ        RQUAD            3\n\n[end]\n"),
+                  std::string::npos)
+            << text;
+        EXPECT_EQ(text.find(" slx sux snx\n") == std::string::npos, kind == ZLR_SOL_ITG);
+        solution back;
+        ASSERT_EQ(read(&back, kind), ZLR_RES_OK) << errors;
+        expect_same(sol, back, kind != ZLR_SOL_ITG);
+        for (size_t length = 0; length < text.size() - 1; length += 11)
+            ASSERT_NE(read_text(text.substr(0, length), &back, kind), ZLR_RES_OK) << "cut at " << length;
+    }
+}
+
+TEST_F(solution_file, other_cones_are_told)
+{
+    add_cones();
+    ASSERT_EQ(write(), ZLR_RES_OK) << errors;
+    const std::string text = file_text();
+    const auto changed = [&](const std::string &from, const std::string &to) {
+        std::string other = text;
+        return other.replace(other.find(from), from.size(), to);
+    };
+    const struct {
+        std::string text;
+        int32_t code;
+        const char *message;
+    } cases[] = {
+        {changed("cones             2", "cones             3"), ZLR_RES_ERR_SOL_MISMATCH,
+         "the file has 3 cones, the problem has 2"},
+        {changed("        QUAD   ", "       RQUAD   "), ZLR_RES_ERR_SOL_MISMATCH,
+         "cone 1 is RQUAD in the file and QUAD in the problem"},
+        {changed("RQUAD            3", "RQUAD            4"), ZLR_RES_ERR_SOL_MISMATCH,
+         "cone 2 has 4 members in the file and 3 in the problem"},
+        {changed("        QUAD   ", "         POW   "), ZLR_RES_ERR_FILE_FORMAT, "a type of cones (QUAD, RQUAD)"},
+        {changed("\nk2", "\nk3"), ZLR_RES_ERR_SOL_MISMATCH, "the problem has no cone k3"},
+        {changed("\nk2                   EQ        RQUAD            3\n", "\n"), ZLR_RES_ERR_SOL_MISMATCH,
+         "the section lists 1 of 2 cones; all must be listed, and k2 is missing"},
+        {changed(" slx sux snx", " slx sux"), ZLR_RES_ERR_FILE_FORMAT,
+         "expected all dual fields of a column (slx sux snx) or none"},
+    };
+    for (const auto &c : cases) {
+        solution back;
+        EXPECT_EQ(read_text(c.text, &back), c.code) << c.message;
+        EXPECT_NE(errors.find(c.message), std::string::npos) << errors;
+    }
+    m.cones.clear();
+    solution back;
+    EXPECT_EQ(read_text(text, &back), ZLR_RES_ERR_SOL_MISMATCH);
+}
+
+/* A start need not speak of cones. */
+TEST_F(solution_file, cones_may_be_left_out)
+{
+    add_cones();
+    solution back;
+    const std::string start = "zelor-solution 1\n[columns] name activity\nx 1\n\"[y] \\\"\\\\\\x09#\" 2\n"
+                              "x3 3\nx4 4\nx5 5\nx6 6\nx7 7\n[end]\n";
+    ASSERT_EQ(read_text(start, &back), ZLR_RES_OK) << errors;
+    EXPECT_TRUE(back.has_primal && !back.has_dual);
+    EXPECT_EQ(back.skn, (std::vector<int32_t>{ZLR_SK_UNDEF, ZLR_SK_UNDEF}));
+    EXPECT_EQ(back.snx, std::vector<double>(7, 0.0));
 }
 
 TEST_F(solution_file, every_status_and_key_comes_back)
@@ -296,7 +388,10 @@ TEST_F(solution_file, faults_are_told_with_line_found_expected)
         {"open quote", magic + columns + "\"x 1\n", ZLR_RES_ERR_FILE_FORMAT, "(3): "},
         {"unknown escape", magic + columns + "\"\\x\" 1\n", ZLR_RES_ERR_FILE_FORMAT, "(3): "},
         {"unknown key", magic + "[columns] name key\nx XX\n", ZLR_RES_ERR_FILE_FORMAT, "XX"},
-        {"unknown section", magic + "[cones]\n", ZLR_RES_ERR_FILE_FORMAT, "[cones]"},
+        {"unknown section", magic + "[sets]\n", ZLR_RES_ERR_FILE_FORMAT, "[sets]"},
+        {"cones of none", magic + "cones 1\n", ZLR_RES_ERR_SOL_MISMATCH, "the file has 1 cones, the problem has 0"},
+        {"a cone of none", magic + "[cones] name\nk1\n", ZLR_RES_ERR_SOL_MISMATCH, "the problem has no cone k1"},
+        {"cone duals of none", magic + "[columns] name slx sux snx\n", ZLR_RES_ERR_FILE_FORMAT, "snx"},
         {"section twice", magic + "[rows] name\ncapacity\n\"row two\"\n[rows] name\n", ZLR_RES_ERR_FILE_FORMAT,
          "(5): "},
         {"promise not kept", magic + "holds keys\n" + columns + "x 1\n" + y + " 1\nx3 1\n[end]\n",
