@@ -136,7 +136,7 @@ void conic_map_point(const model *m, const conic_map *map, const solution *form,
     start_solution(m, map, form, out);
     if (form->has_primal) model_activity(m, out->xx.data(), out->xc.data());
     if (!form->has_dual) return;
-    if (form->has_primal && !map->disguised.empty()) {
+    if (form->has_primal && !form->snx.empty() && !map->disguised.empty()) {
         std::vector<double> part(static_cast<size_t>(map->num_var)), gradient(part.size());
         for (const conic_disguised &d : map->disguised)
             out->y[static_cast<size_t>(d.row)] = fit_multiplier(m, map, &d, form, &part, &gradient);
@@ -169,7 +169,7 @@ void conic_map_ray(const model *m, const conic_map *map, const solution *form, s
         return;
     }
     for (const conic_disguised &d : map->disguised)
-        out->y[static_cast<size_t>(d.row)] = multiplier_sign(m, d.row) * dual_size(map, &d, form);
+        if (!form->snx.empty()) out->y[static_cast<size_t>(d.row)] = multiplier_sign(m, d.row) * dual_size(map, &d, form);
     split_row_duals(m, out);
     copy_front(form->slx, &out->slx);
     copy_front(form->sux, &out->sux);
