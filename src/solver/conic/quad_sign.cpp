@@ -33,7 +33,8 @@ Eigen::MatrixXd quad_to_dense(const quad_scaled *scaled, double shift)
 static void set_witness(const quad_part *part, const double *x, quad_witness *witness)
 {
     if (witness == nullptr) return;
-    const double largest = *std::max_element(x, x + part->num, [](double a, double b) { return std::fabs(a) < std::fabs(b); });
+    const double largest =
+        *std::max_element(x, x + part->num, [](double a, double b) { return std::fabs(a) < std::fabs(b); });
     std::vector<double> full(static_cast<size_t>(part->num));
     *witness = {};
     for (int32_t i = 0; i < part->num; i++) {
@@ -54,7 +55,8 @@ static void set_pair_witness(const quad_part *part, int32_t i, double xi, int32_
 }
 
 /* A negative diagonal entry, or one of 0 beside which something stands. */
-static bool diagonal_fits(const quad_part *part, double sign, const std::vector<double> &diagonal, quad_witness *witness)
+static bool diagonal_fits(const quad_part *part, double sign, const std::vector<double> &diagonal,
+                          quad_witness *witness)
 {
     const auto at = [&](int32_t i) { return diagonal[static_cast<size_t>(i)]; };
     const auto least = std::min_element(diagonal.begin(), diagonal.end());

@@ -76,7 +76,8 @@ TEST(conic_form, says_the_same_at_any_point)
                 /* The cones come in the order of their rows; those of convex rows are met by the choice of w. */
                 size_t next = 0;
                 for (const model_cone &cone : form.cones) {
-                    const bool epigraph = cone.member[0] >= m.num_var && form.c[static_cast<size_t>(cone.member[0])] != 0.0;
+                    const bool epigraph =
+                        cone.member[0] >= m.num_var && form.c[static_cast<size_t>(cone.member[0])] != 0.0;
                     const double violation = cone_violation(&cone, z.data());
                     const std::string head = names_shown(&form.var_names, cone.member[0], 'x');
                     if (epigraph || head.ends_with(".w")) {
@@ -183,10 +184,12 @@ static model stationary_pair(made_form *made, const std::vector<double> &x, cons
         const bool rotated = cone.type == ZLR_CT_RQUAD;
         double factor = 1.5 * sense;
         const size_t w = at(0);
-        if (cone.member[0] >= made->m.num_var && form.var_lower[w] == 0.0) { /* an epigraph: its row or cost says how much */
+        if (cone.member[0] >= made->m.num_var &&
+            form.var_lower[w] == 0.0) { /* an epigraph: its row or cost says how much */
             factor = form.c[w];
             for (int64_t k = form.a.start[w]; k < form.a.start[w + 1]; k++)
-                factor -= form.a.value[static_cast<size_t>(k)] * y[static_cast<size_t>(form.a.row[static_cast<size_t>(k)])];
+                factor -=
+                    form.a.value[static_cast<size_t>(k)] * y[static_cast<size_t>(form.a.row[static_cast<size_t>(k)])];
         }
         const std::vector<double> &z = sol->xx;
         sol->snx[at(0)] = factor * (rotated ? z[at(1)] : z[at(0)]);
@@ -224,7 +227,8 @@ TEST(conic_map, a_stationary_pair_of_the_form_gives_one_of_the_problem)
         std::vector<double> x = random_point(&random, made.m.num_var, 0.5, 2.0);
         if (made.map.disguised.size() > 1) continue; /* one head can be moved for one row only: see the next test */
         for (const conic_disguised &d : made.map.disguised) {
-            const auto head = static_cast<size_t>(made.map.forms.column[static_cast<size_t>(made.map.member[static_cast<size_t>(d.first)].first)]);
+            const auto head = static_cast<size_t>(
+                made.map.forms.column[static_cast<size_t>(made.map.member[static_cast<size_t>(d.first)].first)]);
             double low = 0.0, high = 1e4; /* bisection on the head */
             const auto row = static_cast<size_t>(d.row);
             for (int step = 0; step < 200; step++) {

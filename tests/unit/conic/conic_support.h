@@ -71,7 +71,8 @@ inline std::vector<quad_term> terms_of(const matrix &q, int32_t first = 0, int32
     for (size_t i = 0; i < q.size(); i++)
         for (size_t j = 0; j <= i; j++)
             if (q[i][j] != 0.0)
-                terms.push_back({first + step * static_cast<int32_t>(i), first + step * static_cast<int32_t>(j), q[i][j]});
+                terms.push_back(
+                    {first + step * static_cast<int32_t>(i), first + step * static_cast<int32_t>(j), q[i][j]});
     return terms;
 }
 

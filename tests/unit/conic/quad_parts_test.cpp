@@ -170,8 +170,10 @@ static void expect_factor(const std::vector<quad_term> &terms, double sign, doub
     }
     std::map<std::pair<int32_t, int32_t>, double> product;
     for (int64_t k = 0; k < forms_num(&f); k++)
-        for (auto a = static_cast<size_t>(f.start[static_cast<size_t>(k)]); a < static_cast<size_t>(f.start[static_cast<size_t>(k) + 1]); a++)
-            for (auto b = static_cast<size_t>(f.start[static_cast<size_t>(k)]); b < static_cast<size_t>(f.start[static_cast<size_t>(k) + 1]); b++)
+        for (auto a = static_cast<size_t>(f.start[static_cast<size_t>(k)]);
+             a < static_cast<size_t>(f.start[static_cast<size_t>(k) + 1]); a++)
+            for (auto b = static_cast<size_t>(f.start[static_cast<size_t>(k)]);
+                 b < static_cast<size_t>(f.start[static_cast<size_t>(k) + 1]); b++)
                 if (f.column[a] >= f.column[b]) product[{f.column[a], f.column[b]}] += f.value[a] * f.value[b];
     std::map<int32_t, double> diagonal;
     for (const quad_term &t : terms) {
@@ -210,7 +212,7 @@ TEST(quad_factor, whole_squares_keep_their_coefficients)
 
 TEST(quad_factor, large_forms)
 {
-    expect_factor(grid(30, 0.0), 1.0, 1e-11, -1);  /* singular */
+    expect_factor(grid(30, 0.0), 1.0, 1e-11, -1);   /* singular */
     expect_factor(grid(30, 1e-3), 1.0, 1e-13, 900); /* definite */
     std::vector<quad_term> diagonal;
     for (int32_t j = 0; j < 20000; j++) diagonal.push_back({j, j, 1.0 + j});
@@ -224,7 +226,8 @@ TEST(quad_factor, rounded_forms_stay_near)
     for (const int32_t num : {10, 40, 400}) {
         matrix q = random_gram(&random, num, 4);
         for (size_t i = 0; i < q.size(); i++)
-            for (size_t j = 0; j <= i; j++) q[i][j] = q[j][i] = std::strtod(text_format("%.10e", q[i][j] / 7.0).c_str(), nullptr);
+            for (size_t j = 0; j <= i; j++)
+                q[i][j] = q[j][i] = std::strtod(text_format("%.10e", q[i][j] / 7.0).c_str(), nullptr);
         const std::vector<quad_term> terms = terms_of(q);
         ASSERT_TRUE(has_sign(terms, 1.0));
         expect_factor(terms, 1.0, 3e-8, -1);
