@@ -7,7 +7,7 @@ static std::string counted(int32_t num, const char *one, const char *more)
     return std::to_string(num) + " " + (num == 1 ? one : more);
 }
 
-/* "the objective, 3 convex rows, 1 row as a cone in disguise": what became cones. */
+/* "the objective, 3 convex rows, 1 row that is a cone": what became cones. */
 static std::string sources_text(const conic_map *map)
 {
     std::string text;
@@ -16,8 +16,19 @@ static std::string sources_text(const conic_map *map)
     if (map->moved_objective) add("the objective");
     if (map->convex_rows > 0) add(counted(map->convex_rows, "convex row", "convex rows"));
     if (num_disguised > 0) add(counted(num_disguised, "row that is a cone", "rows that are cones"));
-    if (map->freed_rows > 0) add(counted(map->freed_rows, "row without sides", "rows without sides"));
     return text;
+}
+
+static void tell_form(stream_set *streams, const conic_map *map)
+{
+    const std::string sources = sources_text(map);
+    std::string text = "Conic form: " + counted(map->new_cones, "cone", "cones");
+    if (!sources.empty()) text += ", for " + sources;
+    text += "\n  New        " + counted(map->new_var, "column", "columns") + ", " +
+            counted(map->new_con, "row", "rows") + "\n";
+    if (map->freed_rows > 0)
+        text += "  Dropped    quadratic parts of " + counted(map->freed_rows, "row", "rows") + " without sides\n";
+    streams_write(streams, ZLR_STREAM_MSG, text.c_str());
 }
 
 int32_t ZLR_toconic(ZLR_task *task)
@@ -34,9 +45,7 @@ int32_t ZLR_toconic(ZLR_task *task)
         }
         task_drop_solutions(task);
         task->problem = std::move(form);
-        streams_printf(&task->streams, ZLR_STREAM_MSG, "Conic form: %s: %s, %s, %s new\n", sources_text(&map).c_str(),
-                       counted(map.new_cones, "cone", "cones").c_str(), counted(map.new_var, "column", "columns").c_str(),
-                       counted(map.new_con, "row", "rows").c_str());
+        tell_form(&task->streams, &map);
         return ZLR_RES_OK;
     });
 }

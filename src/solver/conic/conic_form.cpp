@@ -69,7 +69,8 @@ static int32_t add_epigraph(form_builder *b, const std::string &name, const std:
 /* ---- cones in disguise */
 
 /* The member for linear form k of `forms`: a column itself where it may be. */
-static int32_t add_member(form_builder *b, const std::string &name, const linear_forms *forms, int64_t k, size_t *num_new)
+static int32_t add_member(form_builder *b, const std::string &name, const linear_forms *forms, int64_t k,
+                          size_t *num_new)
 {
     const auto begin = static_cast<size_t>(forms->start[static_cast<size_t>(k)]);
     const auto end = static_cast<size_t>(forms->start[static_cast<size_t>(k) + 1]);

@@ -6,7 +6,8 @@
 
 /* What the reduced costs of the form's columns have from a cone in disguise: by the rows that link its members, and by the
  * cone's dual for members that are columns of the problem. Added to `out` times `factor`. */
-static void add_cone_part(const conic_map *map, const conic_disguised *d, const solution *form, double factor, double *out)
+static void add_cone_part(const conic_map *map, const conic_disguised *d, const solution *form, double factor,
+                          double *out)
 {
     for (int64_t k = d->first; k < d->first + d->num; k++) {
         const conic_member *member = &map->member[static_cast<size_t>(k)];
@@ -14,7 +15,8 @@ static void add_cone_part(const conic_map *map, const conic_disguised *d, const 
                                                 : form->snx[static_cast<size_t>(member->column)];
         const auto at = static_cast<size_t>(member->first);
         for (int64_t e = map->forms.start[at]; e < map->forms.start[at + 1]; e++)
-            out[map->forms.column[static_cast<size_t>(e)]] += factor * weight * map->forms.value[static_cast<size_t>(e)];
+            out[map->forms.column[static_cast<size_t>(e)]] +=
+                factor * weight * map->forms.value[static_cast<size_t>(e)];
     }
 }
 
@@ -136,7 +138,7 @@ void conic_map_point(const model *m, const conic_map *map, const solution *form,
     start_solution(m, map, form, out);
     if (form->has_primal) model_activity(m, out->xx.data(), out->xc.data());
     if (!form->has_dual) return;
-    if (form->has_primal && !map->disguised.empty()) {
+    if (form->has_primal && !form->snx.empty() && !map->disguised.empty()) {
         std::vector<double> part(static_cast<size_t>(map->num_var)), gradient(part.size());
         for (const conic_disguised &d : map->disguised)
             out->y[static_cast<size_t>(d.row)] = fit_multiplier(m, map, &d, form, &part, &gradient);
@@ -169,7 +171,8 @@ void conic_map_ray(const model *m, const conic_map *map, const solution *form, s
         return;
     }
     for (const conic_disguised &d : map->disguised)
-        out->y[static_cast<size_t>(d.row)] = multiplier_sign(m, d.row) * dual_size(map, &d, form);
+        if (!form->snx.empty())
+            out->y[static_cast<size_t>(d.row)] = multiplier_sign(m, d.row) * dual_size(map, &d, form);
     split_row_duals(m, out);
     copy_front(form->slx, &out->slx);
     copy_front(form->sux, &out->sux);

@@ -70,8 +70,9 @@ static bool form_has_sign(const model *m, const std::vector<quad_term> &terms, d
     for (int32_t p = 0; p < quad_num_parts(&parts); p++) {
         const quad_part part = quad_part_at(&parts, p);
         if (quad_part_has_sign(&part, sign, &witness)) continue;
-        *why = text_format("its quadratic part must not be %s anywhere, and is ", sign > 0.0 ? "negative" : "positive") +
-               witness_text(m, &witness) + ".";
+        *why =
+            text_format("its quadratic part must not be %s anywhere, and is ", sign > 0.0 ? "negative" : "positive") +
+            witness_text(m, &witness) + ".";
         return false;
     }
     return true;
@@ -95,7 +96,8 @@ static void check_objective(const model *m, convexity *out)
     std::string why;
     if (form_has_sign(m, m->qobj, convexity_objective_sign(m), &why)) return;
     fail(out, ZLR_RES_ERR_NONCONVEX, -1,
-         std::string("The objective is not ") + (is_min ? "convex: in a minimisation " : "concave: in a maximisation ") + why);
+         std::string("The objective is not ") +
+             (is_min ? "convex: in a minimisation " : "concave: in a maximisation ") + why);
 }
 
 static void check_row(const model *m, const quad_row *q, bool has_linear, convexity *out)
@@ -107,12 +109,16 @@ static void check_row(const model *m, const quad_row *q, bool has_linear, convex
     if (lower != -model_inf && upper != model_inf) {
         if (lower == upper)
             fail(out, ZLR_RES_ERR_QCON_EQUALITY, q->row,
-                 name + text_format(" has a quadratic part and is an equality (= %g): it cannot be convex. Only rows with "
-                                    "one side can.", upper));
+                 name +
+                     text_format(" has a quadratic part and is an equality (= %g): it cannot be convex. Only rows with "
+                                 "one side can.",
+                                 upper));
         else
             fail(out, ZLR_RES_ERR_QCON_RANGE, q->row,
-                 name + text_format(" has a quadratic part and two sides, %g and %g: it cannot be convex. Only rows with "
-                                    "one side can.", lower, upper));
+                 name +
+                     text_format(" has a quadratic part and two sides, %g and %g: it cannot be convex. Only rows with "
+                                 "one side can.",
+                                 lower, upper));
         return;
     }
     std::string why, near_miss;

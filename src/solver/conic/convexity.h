@@ -13,8 +13,8 @@
 
 struct convexity {
     int32_t code = ZLR_RES_OK;
-    int32_t row = -1;                      /* what the code is about; -1: the objective */
-    std::string message;                   /* for users: lines of at most 80 columns, each ended by a newline; "" when convex */
+    int32_t row = -1;    /* what the code is about; -1: the objective */
+    std::string message; /* for users: lines of at most 80 columns, each ended by a newline; "" when convex */
     std::vector<disguised_cone> disguised; /* ascending by row; of the rows before the one that failed */
 };
 

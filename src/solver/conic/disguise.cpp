@@ -11,7 +11,7 @@
 
 /* What of a row may be a cone, before the bounds are looked at. */
 struct candidate {
-    int32_t part = -1;  /* of the parts, the one that is negative */
+    int32_t part = -1;   /* of the parts, the one that is negative */
     double weight = 0.0; /* q or p */
     int32_t head[2] = {-1, -1};
 };
@@ -52,7 +52,8 @@ static std::string obstacle(const model *m, const candidate *found, bool has_lin
     for (const int32_t j : found->head) {
         if (j < 0 || m->var_lower[static_cast<size_t>(j)] >= 0.0) continue;
         reasons.push_back(text_format("if column %s were at least 0; its lower bound is %g",
-                                      names_shown(&m->var_names, j, 'x').c_str(), m->var_lower[static_cast<size_t>(j)]));
+                                      names_shown(&m->var_names, j, 'x').c_str(),
+                                      m->var_lower[static_cast<size_t>(j)]));
     }
     if (has_linear) reasons.emplace_back("without its linear part");
     if (side > 0.0) reasons.push_back(text_format("with 0 on its side in place of %g", side));
@@ -102,6 +103,7 @@ std::vector<disguised_cone> disguise_list(const model *m)
     const std::vector<uint8_t> linear = disguise_linear_rows(m);
     disguised_cone cone;
     for (const quad_row &q : m->qcon)
-        if (disguise_of_row(m, &q, linear[static_cast<size_t>(q.row)] != 0, &cone, nullptr)) list.push_back(std::move(cone));
+        if (disguise_of_row(m, &q, linear[static_cast<size_t>(q.row)] != 0, &cone, nullptr))
+            list.push_back(std::move(cone));
     return list;
 }

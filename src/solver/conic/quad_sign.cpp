@@ -33,16 +33,15 @@ Eigen::MatrixXd quad_to_dense(const quad_scaled *scaled, double shift)
 static void set_witness(const quad_part *part, const double *x, quad_witness *witness)
 {
     if (witness == nullptr) return;
-    double largest = 0.0;
-    for (int32_t i = 0; i < part->num; i++) largest = std::max(largest, std::fabs(x[i]));
+    const double largest =
+        *std::max_element(x, x + part->num, [](double a, double b) { return std::fabs(a) < std::fabs(b); });
     std::vector<double> full(static_cast<size_t>(part->num));
     *witness = {};
     for (int32_t i = 0; i < part->num; i++) {
-        const double value = x[i] / largest;
-        if (std::fabs(value) < 1e-12) continue; /* too small to turn the sign; the value below is without it */
-        full[static_cast<size_t>(i)] = value;
+        if (x[i] == 0.0) continue;
+        full[static_cast<size_t>(i)] = x[i] / largest; /* that one is 1 then, not -1 */
         witness->column.push_back(part->column[i]);
-        witness->x.push_back(value);
+        witness->x.push_back(x[i] / largest);
     }
     witness->value = quad_value({part->term, part->term + part->num_terms}, full.data());
 }
@@ -56,7 +55,8 @@ static void set_pair_witness(const quad_part *part, int32_t i, double xi, int32_
 }
 
 /* A negative diagonal entry, or one of 0 beside which something stands. */
-static bool diagonal_fits(const quad_part *part, double sign, const std::vector<double> &diagonal, quad_witness *witness)
+static bool diagonal_fits(const quad_part *part, double sign, const std::vector<double> &diagonal,
+                          quad_witness *witness)
 {
     const auto at = [&](int32_t i) { return diagonal[static_cast<size_t>(i)]; };
     const auto least = std::min_element(diagonal.begin(), diagonal.end());
@@ -106,12 +106,17 @@ static bool diagonal_dominates(const quad_part *part, const std::vector<double> 
     return true;
 }
 
-/* From x in scaled columns. */
-static void set_scaled_witness(const quad_part *part, const quad_scaled *scaled, const double *x, quad_witness *witness)
+/* From x in scaled columns. What is too small there to turn the sign is left out. */
+static void set_scaled_witness(const quad_part *part, const quad_scaled *scaled, const Eigen::VectorXd &x,
+                               quad_witness *witness)
 {
     const double least = *std::min_element(scaled->scale.begin(), scaled->scale.end());
+    const double noise = 1e-12 * x.cwiseAbs().maxCoeff();
     std::vector<double> point(static_cast<size_t>(part->num));
-    for (size_t i = 0; i < point.size(); i++) point[i] = x[i] * (least / scaled->scale[i]);
+    for (int32_t i = 0; i < part->num; i++) {
+        if (std::fabs(x[i]) <= noise) continue;
+        point[static_cast<size_t>(i)] = x[i] * (least / scaled->scale[static_cast<size_t>(i)]);
+    }
     set_witness(part, point.data(), witness);
 }
 
@@ -134,7 +139,7 @@ static bool sparse_fits(const quad_part *part, const quad_scaled *scaled, quad_w
         for (quad_sparse::InnerIterator it(lower, j); it; ++it)
             if (it.row() > j && it.row() <= bad) d[j] -= it.value() * d[it.row()];
     const Eigen::VectorXd x = ldlt.permutationPinv() * d;
-    set_scaled_witness(part, scaled, x.data(), witness);
+    set_scaled_witness(part, scaled, x, witness);
     return false;
 }
 
@@ -147,7 +152,7 @@ static bool dense_fits(const quad_part *part, const quad_scaled *scaled, quad_wi
     if (part->num > quad_dense_size) return sparse_fits(part, scaled, witness);
     const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> eigen(quad_to_dense(scaled, 0.0));
     const Eigen::VectorXd x = eigen.eigenvectors().col(0);
-    set_scaled_witness(part, scaled, x.data(), witness);
+    set_scaled_witness(part, scaled, x, witness);
     return false;
 }
 

@@ -247,6 +247,65 @@ TEST_F(interface, absent_entries_say_so_and_return_their_code)
 {
     std::string err;
     ASSERT_EQ(ZLR_linkfunctotaskstream(task, ZLR_STREAM_ERR, &err, collect), 0);
-    EXPECT_EQ(ZLR_toconic(task), ZLR_RES_ERR_NOT_AVAILABLE);
-    EXPECT_NE(err.find("conic form is not available in this version"), std::string::npos);
+    EXPECT_EQ(ZLR_putnlfunc(task, nullptr, nullptr, nullptr), ZLR_RES_ERR_NOT_AVAILABLE);
+    EXPECT_NE(err.find("is not available in this version"), std::string::npos);
+}
+
+/* ---- conic form */
+
+TEST_F(interface, conic_form_appends_and_tells)
+{
+    three_by_two();
+    std::string said;
+    ASSERT_EQ(ZLR_linkfunctotaskstream(task, ZLR_STREAM_MSG, &said, collect), 0);
+    EXPECT_EQ(ZLR_toconic(task), 0);
+    EXPECT_EQ(said, ""); /* nothing quadratic */
+
+    const int32_t sub[] = {0, 1};
+    const double value[] = {2.0, 4.0};
+    ASSERT_EQ(ZLR_putobjsense(task, ZLR_SENSE_MIN), 0);
+    ASSERT_EQ(ZLR_putqobj(task, 2, sub, sub, value), 0);
+    ASSERT_EQ(ZLR_putqconk(task, 1, 1, sub, sub, value), 0);
+    ASSERT_EQ(ZLR_putconbound(task, 1, ZLR_BK_UP, 0.0, 7.0), 0);
+    EXPECT_EQ(ZLR_toconic(task), 0);
+    EXPECT_EQ(said, "Conic form: 2 cones, for the objective, 1 convex row\n  New        7 columns, 3 rows\n");
+    int32_t num = 0, type = -1;
+    EXPECT_EQ(ZLR_getnumvar(task, &num), 0);
+    EXPECT_EQ(num, 9);
+    EXPECT_EQ(ZLR_getnumcon(task, &num), 0);
+    EXPECT_EQ(num, 6);
+    EXPECT_EQ(ZLR_getprobtype(task, &type), 0);
+    EXPECT_EQ(type, ZLR_PROBTYPE_CONIC);
+    EXPECT_EQ(ZLR_toconic(task), 0); /* again: there is nothing left to do */
+    EXPECT_EQ(ZLR_getnumvar(task, &num), 0);
+    EXPECT_EQ(num, 9);
+}
+
+TEST_F(interface, conic_form_of_what_is_not_convex_is_refused_and_changes_nothing)
+{
+    three_by_two();
+    const int32_t i[] = {1}, j[] = {0};
+    const double value[] = {1.0};
+    ASSERT_EQ(ZLR_putqconk(task, 2, 1, i, j, value), 0);
+    ASSERT_EQ(ZLR_putvarbound(task, 0, ZLR_BK_FR, 0.0, 0.0), 0); /* else a product that is at least 3 is a cone */
+    ASSERT_EQ(ZLR_putconname(task, 2, "blend"), 0);
+    std::string err;
+    ASSERT_EQ(ZLR_linkfunctotaskstream(task, ZLR_STREAM_ERR, &err, collect), 0);
+    static const struct {
+        int32_t key, code;
+    } cases[] = {{ZLR_BK_UP, ZLR_RES_ERR_NONCONVEX},
+                 {ZLR_BK_LO, ZLR_RES_ERR_NONCONVEX},
+                 {ZLR_BK_FX, ZLR_RES_ERR_QCON_EQUALITY},
+                 {ZLR_BK_RA, ZLR_RES_ERR_QCON_RANGE}};
+    for (const auto &c : cases) {
+        ASSERT_EQ(ZLR_putconbound(task, 2, c.key, c.key == ZLR_BK_RA ? 2.0 : 3.0, 3.0), 0);
+        err.clear();
+        EXPECT_EQ(ZLR_toconic(task), c.code);
+        EXPECT_EQ(err.rfind("Row blend ", 0), 0U) << err;
+        int32_t num = 0, type = -1;
+        EXPECT_EQ(ZLR_getnumvar(task, &num), 0);
+        EXPECT_EQ(num, 2);
+        EXPECT_EQ(ZLR_getprobtype(task, &type), 0);
+        EXPECT_EQ(type, ZLR_PROBTYPE_QCQO);
+    }
 }
