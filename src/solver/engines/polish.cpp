@@ -253,7 +253,7 @@ void polish_solution(const model *m, const check_tolerances *tol, const std::fun
 {
     if (!sol->has_primal || !sol->has_dual || !m->qcon.empty() || !m->cones.empty()) return;
     const solution answer = *sol;
-    for (const double weight : {1.0, 1e3, 1e-3}) {
+    for (const double weight : {1.0, 1e3, 1e-3, 30.0, 0.03, 1e5, 1e-5}) {
         if (ratio_of(found) <= good_enough || is_stopped()) return;
         const active_set set =
             stand(m, &answer, [&](bool, size_t, const standing_value &v) { return guess(v, weight); });

@@ -241,6 +241,24 @@ static plan_step tightened(const engine_source *source, double tolerance, const 
     return step;
 }
 
+/* By the user's tolerances, whose defaults are below the engine's own: an answer has to pass the check. */
+static plan_step first_conic(const engine_source *source, const param_set *params)
+{
+    plan_step step = step_of(source, METHOD_INTPNT, 1);
+    step.extra.push_back(number_option("tol_gap_abs", param_dou(params, DPAR_CONIC_TOL_GAP_ABS)));
+    step.extra.push_back(number_option("tol_gap_rel", param_dou(params, DPAR_CONIC_TOL_GAP_REL)));
+    step.extra.push_back(number_option("tol_feas", param_dou(params, DPAR_CONIC_TOL_FEAS)));
+    return step;
+}
+
+/* Less is added to the systems that are solved, which then are solved less surely but more exactly. */
+static plan_step sharper(const engine_source *source)
+{
+    plan_step step = tightened(source, 1e-11, " with tightened tolerances");
+    step.extra.push_back(number_option("static_regularization_constant", 1e-10));
+    return step;
+}
+
 static plan_step unscaled(const engine_source *source, double tolerance)
 {
     plan_step step = tightened(source, tolerance, " on unscaled data");
@@ -261,11 +279,11 @@ static void plan_quadratic(const engine_table *table, const param_set *params, c
     plan->sought[ZLR_SOL_ITR] = true;
     std::vector<plan_step> round;
     if (any_hipo) round.push_back(step_of(table->linear, METHOD_HIPO, 1));
-    if (any_conic && (round.empty() || threads > 1)) round.push_back(tightened(table->conic, 1e-9, ""));
+    if (any_conic && (round.empty() || threads > 1)) round.push_back(first_conic(table->conic, params));
     if (!round.empty()) plan->rounds.push_back(std::move(round));
     plan->num_better = static_cast<int32_t>(plan->rounds.size());
     if (table->conic != nullptr) {
-        plan->rounds.push_back({tightened(table->conic, 1e-11, " with tightened tolerances")});
+        plan->rounds.push_back({sharper(table->conic)});
         plan->rounds.push_back({unscaled(table->conic, 1e-10)});
     }
     if (!cones) plan->rounds.push_back({step_of(table->linear, METHOD_ACTIVE_SET, 1)});
