@@ -2,11 +2,11 @@
  *
  * Rows and columns keep their numbers; new ones stand behind them. With row r, or the objective, in place of NAME:
  *   a convex row          a_r x + x'Qx/2 <= u becomes a_r x + w <= u, with t = Fx, F'F = Q, and 2 w h >= |t|^2, h = 1;
- *                         of a lower side -w stands in the row. New columns NAME.w, NAME.h, NAME.t1 ..., rows NAME.t1 ...
- *                         The row's multiplier stays what it was.
- *   a cone in disguise    becomes a cone (disguise.h), and the row stays as one without sides. A member that is a column
- *                         alone is that column itself where no other cone has it; else a new column NAME.t1 ... equal to
- *                         it by a row; a constant is a fixed column NAME.h
+ *                         of a lower side -w stands in the row. New columns NAME.w, NAME.h, NAME.t1 ..., new rows
+ *                         NAME.t1 ... The row's multiplier stays what it was.
+ *   a cone in disguise    becomes a cone (disguise.h), and the row stays as one without sides. A member that is a
+ *                         column alone is that column itself where no other cone has it; else a new column NAME.t1 ...
+ *                         equal to it by a row; a constant is a fixed column NAME.h
  *   the objective         where it is not kept as it is, like a convex row, with w in the objective
  *   a row without sides   loses its quadratic part
  * A name that is taken already gets underscores behind it. */
@@ -53,12 +53,12 @@ int32_t conic_form(const model *m, bool keep_objective, std::shared_ptr<model> *
                    std::string *message);
 
 /* The solution of the problem that a solution of the form is: x, y, the duals of cones that the problem has itself, the
- * reduced costs and activities computed anew from the problem's data. Works on what has_primal and has_dual say is there;
- * keys are copied. Statuses and objectives are the form's: a check on the problem's data follows.
- * A cone in disguise gives its row the multiplier that fits stationarity best. At its apex the gradient of the row is 0
- * and no multiplier does: the remainder is then in the reduced costs. */
+ * reduced costs and activities computed anew from the problem's data. Works on what has_primal and has_dual say is
+ * there; keys are copied. Statuses and objectives are the form's: a check on the problem's data follows. A cone in
+ * disguise gives its row the multiplier that fits stationarity best. At its apex the gradient of the row is 0 and no
+ * multiplier does: the remainder is then in the reduced costs. */
 void conic_map_point(const model *m, const conic_map *map, const solution *form, solution *out);
 
-/* The same for a certificate. A dual ray keeps y and the reduced costs, in which the parts of the cones are accounted for;
- * rows that are cones in disguise get the size of their cone's dual. A primal ray keeps x. */
+/* The same for a certificate. A dual ray keeps y and the reduced costs, in which the parts of the cones are accounted
+ * for; rows that are cones in disguise get the size of their cone's dual. A primal ray keeps x. */
 void conic_map_ray(const model *m, const conic_map *map, const solution *form, solution *out);

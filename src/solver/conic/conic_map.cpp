@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
-/* What the reduced costs of the form's columns have from a cone in disguise: by the rows that link its members, and by the
- * cone's dual for members that are columns of the problem. Added to `out` times `factor`. */
+/* What the reduced costs of the form's columns have from a cone in disguise: by the rows that link its members, and by
+ * the cone's dual for members that are columns of the problem. Added to `out` times `factor`. */
 static void add_cone_part(const conic_map *map, const conic_disguised *d, const solution *form, double factor,
                           double *out)
 {

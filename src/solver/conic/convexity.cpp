@@ -19,6 +19,9 @@ double convexity_row_sign(const model *m, int32_t row)
     return m->con_lower[at] != -model_inf ? -1.0 : 0.0;
 }
 
+/* A blank at which no line ends. */
+static constexpr char hard_blank = '\x01';
+
 /* Text in lines that fit the console, the second and later ones set in. */
 static std::string wrapped(const std::string &text)
 {
@@ -33,7 +36,9 @@ static std::string wrapped(const std::string &text)
         line.append(text, begin, end - begin);
         begin = end + 1;
     }
-    return out + line + "\n";
+    out += line + "\n";
+    std::replace(out.begin(), out.end(), hard_blank, ' ');
+    return out;
 }
 
 static std::string row_text(const model *m, int32_t row) { return "Row " + names_shown(&m->con_names, row, 'c'); }
@@ -52,8 +57,9 @@ static std::string witness_text(const model *m, const quad_witness *witness)
 
     std::string text = text_format("%.6g at ", witness->value);
     for (size_t k = 0; k < shown; k++)
-        text_append(&text, "%s%s = %.6g", k == 0 ? "" : ", ",
-                    names_shown(&m->var_names, witness->column[order[k]], 'x').c_str(), witness->x[order[k]]);
+        text_append(&text, "%s%s%c=%c%.6g", k == 0 ? "" : ", ",
+                    names_shown(&m->var_names, witness->column[order[k]], 'x').c_str(), hard_blank, hard_blank,
+                    witness->x[order[k]]);
     if (order.size() > shown) return text + text_format(" and values for %zu other columns", order.size() - shown);
     return text;
 }

@@ -1,8 +1,9 @@
 /* convexity.h - whether a problem is convex, found by factoring its quadratic parts before any engine runs.
  *
- * A minimised objective and a row with an upper side need a positive semidefinite form, a maximised objective and a row with
- * a lower side a negative semidefinite one; within quad_sign_tolerance (quad_parts.h), where that is reasoned. Rows without
- * sides, and forms whose terms are all 0, may be anything. Rows that are cones in disguise pass. */
+ * A minimised objective and a row with an upper side need a positive semidefinite form, a maximised objective and a
+ * row with a lower side a negative semidefinite one; within quad_sign_tolerance (quad_parts.h), where that is
+ * reasoned. Rows without sides, and forms whose terms are all 0, may be anything. Rows that are cones in disguise
+ * pass. */
 #pragma once
 
 #include "solver/conic/disguise.h"

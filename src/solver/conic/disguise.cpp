@@ -1,7 +1,7 @@
 /* disguise.cpp - see disguise.h.
  *
- * With the signs turned where the side is a lower one, a row says r(x)/2 - b h <= u, where r is the rest and b h is q t^2/2
- * or p u v. Divided by q or p: r/q + c^2 <= t^2 or r/p + c^2 <= 2 u v, with c^2 = -2u over q or p. */
+ * With the signs turned where the side is a lower one, a row says r(x)/2 - b h <= u, where r is the rest and b h is q
+ * t^2/2 or p u v. Divided by q or p: r/q + c^2 <= t^2 or r/p + c^2 <= 2 u v, with c^2 = -2u over q or p. */
 #include "solver/conic/disguise.h"
 
 #include "solver/report/streams.h"

@@ -1,7 +1,7 @@
 /* quad_factor.cpp - F with F'F = sign * Q for a part that has the sign: see quad_parts.h.
  *
- * C = P'LDL'P gives F = sqrt(D) L'P S. A semidefinite C has pivots that are 0 but for rounding, and these rows are left
- * out. Pivoting on the largest entry brings them to the end, where nothing is divided by them any more. */
+ * C = LL' in some order of the columns gives F = L'S. A definite C is factored in the order at hand. Of a semidefinite
+ * one the columns with the largest entries left come first, until nothing is left but what rounding made. */
 #include "solver/conic/quad_matrix.h"
 
 #include <algorithm>
@@ -9,6 +9,9 @@
 
 /* Entries of a row of F that rounding made: nothing in C, whose diagonal is 1, changes by more. */
 static constexpr double negligible = 1e-15;
+
+/* Where no pivot is below the square of this, none can be a remainder, and there is no need to choose pivots. */
+static constexpr double definite_root = 1e-5;
 
 /* Appends entry by entry; `value` is in scaled columns. */
 static void append_entry(const quad_part *part, const quad_scaled *scaled, Eigen::Index i, double value,
@@ -21,52 +24,55 @@ static void append_entry(const quad_part *part, const quad_scaled *scaled, Eigen
 
 static void end_row(linear_forms *forms) { forms->start.push_back(static_cast<int64_t>(forms->column.size())); }
 
-/* V'max(lambda, 0)V: nothing moves C less, and the rows are full. For what is semidefinite only within the tolerance. */
-static void factor_by_eigenvalues(const quad_part *part, const quad_scaled *scaled, linear_forms *forms)
+/* F from the first `rank` columns of L. */
+static void append_columns(const quad_part *part, const quad_scaled *scaled, const Eigen::MatrixXd &lower,
+                           Eigen::Index rank, linear_forms *forms)
 {
-    const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> eigen(quad_to_dense(scaled, 0.0));
-    const double rank_limit = negligible * part->num * eigen.eigenvalues().tail(1)[0];
-    for (Eigen::Index k = eigen.eigenvalues().size() - 1; k >= 0 && eigen.eigenvalues()[k] > rank_limit; k--) {
-        const double root = std::sqrt(eigen.eigenvalues()[k]);
-        for (Eigen::Index i = 0; i < part->num; i++)
-            append_entry(part, scaled, i, root * eigen.eigenvectors()(i, k), forms);
+    for (Eigen::Index k = 0; k < rank; k++) {
+        for (Eigen::Index i = 0; i < part->num; i++) append_entry(part, scaled, i, lower(i, k), forms);
         end_row(forms);
     }
 }
 
-/* How much the pivots that are left out would add to a diagonal entry of C. */
-static double left_out(const Eigen::MatrixXd &packed, double rank_limit)
+/* Column by column, the largest entry that is left on the diagonal first: n r^2 steps for n columns and rank r, where
+ * the library's own pivoting takes n^3 and divides by remainders. An entry that becomes negative shows that C is off
+ * by more than what is left: then no more is taken away. Returns the rank; the columns of L have their rows in the
+ * part's order. */
+static Eigen::Index factor_semidefinite(const Eigen::MatrixXd &c, Eigen::MatrixXd *lower)
 {
-    Eigen::VectorXd sum = Eigen::VectorXd::Zero(packed.rows());
-    for (Eigen::Index k = 0; k < packed.rows(); k++) {
-        const double pivot = packed(k, k);
-        if (pivot > rank_limit || pivot == 0.0) continue;
-        sum[k] += std::fabs(pivot);
-        for (Eigen::Index i = k + 1; i < packed.rows(); i++) sum[i] += std::fabs(pivot) * packed(i, k) * packed(i, k);
+    const double rank_limit = 4.0 * negligible * static_cast<double>(c.rows());
+    Eigen::VectorXd left = c.diagonal();
+    lower->resize(c.rows(), c.rows());
+    for (Eigen::Index k = 0; k < c.rows(); k++) {
+        Eigen::Index pivot = 0;
+        const double largest = left.maxCoeff(&pivot);
+        if (largest <= rank_limit) return k;
+        auto column = lower->col(k);
+        column = c.col(pivot);
+        column.noalias() -= lower->leftCols(k) * lower->row(pivot).head(k).transpose();
+        column /= std::sqrt(largest);
+        for (Eigen::Index i = 0; i < c.rows(); i++)
+            if (left[i] == -model_inf) column[i] = 0.0; /* was a pivot: nothing is left of its row */
+        column[pivot] = std::sqrt(largest);
+        left -= column.cwiseAbs2();
+        left[pivot] = -model_inf;
+        for (Eigen::Index i = 0; i < c.rows(); i++)
+            if (left[i] < -quad_sign_tolerance && left[i] != -model_inf) return k;
     }
-    return sum.maxCoeff();
+    return c.rows();
 }
 
 static void factor_dense(const quad_part *part, const quad_scaled *scaled, linear_forms *forms)
 {
-    const Eigen::LDLT<Eigen::MatrixXd> ldlt(quad_to_dense(scaled, 0.0));
-    const Eigen::MatrixXd &packed = ldlt.matrixLDLT();
-    const double rank_limit = 4.0 * negligible * part->num;
-    if (ldlt.info() != Eigen::Success || !(left_out(packed, rank_limit) <= quad_sign_tolerance)) {
-        factor_by_eigenvalues(part, scaled, forms);
-        return;
-    }
-    Eigen::Matrix<Eigen::Index, Eigen::Dynamic, 1> place(part->num);
-    for (Eigen::Index i = 0; i < place.size(); i++) place[i] = i;
-    place = ldlt.transpositionsP() * place;
-    for (Eigen::Index k = 0; k < packed.rows(); k++) {
-        if (packed(k, k) <= rank_limit) continue;
-        const double root = std::sqrt(packed(k, k));
-        append_entry(part, scaled, place[k], root, forms);
-        for (Eigen::Index i = k + 1; i < packed.rows(); i++)
-            append_entry(part, scaled, place[i], root * packed(i, k), forms);
-        end_row(forms);
-    }
+    const Eigen::MatrixXd c = quad_to_dense(scaled, 0.0);
+    const Eigen::LLT<Eigen::MatrixXd> llt(c);
+    Eigen::MatrixXd lower;
+    Eigen::Index rank = part->num;
+    if (llt.info() == Eigen::Success && llt.matrixLLT().diagonal().minCoeff() > definite_root)
+        lower = llt.matrixL();
+    else
+        rank = factor_semidefinite(c, &lower);
+    append_columns(part, scaled, lower, rank, forms);
 }
 
 /* No pivoting here, which would fill the factor: a pivot of 0 in the middle would be divided by, and a shift of the
@@ -80,7 +86,7 @@ static double factor_shifted(const quad_scaled *scaled, quad_sparse_ldlt *ldlt)
     for (const double shift : shifts) {
         ldlt->setShift(shift);
         ldlt->factorize(matrix);
-        const double least = shift > 0.0 ? shift / 2 : 1e-10;
+        const double least = shift > 0.0 ? shift / 2 : definite_root * definite_root;
         if (ldlt->info() == Eigen::Success && ldlt->vectorD().minCoeff() > least) return shift;
     }
     ldlt->setShift(2.0 * quad_sign_tolerance);

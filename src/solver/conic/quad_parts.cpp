@@ -36,7 +36,8 @@ static std::vector<quad_term> local_terms(const std::vector<quad_term> &terms, s
     return local;
 }
 
-/* The part of each column, parts numbered by their first columns. Joining towards the smaller number makes that the root. */
+/* The part of each column, parts numbered by their first columns. Joining towards the smaller number makes that the
+ * root. */
 static std::vector<int32_t> part_numbers(size_t num, const std::vector<quad_term> &terms, int32_t *num_parts)
 {
     std::vector<int32_t> parent(num);

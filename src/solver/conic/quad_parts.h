@@ -1,7 +1,8 @@
 /* quad_parts.h - the connected parts of a quadratic form, and what a part says about signs.
  *
  * Two columns are connected where they have a term together. Parts have no term in common, so a form is positive
- * semidefinite when each part is, and it is factored part by part: a diagonal form costs no more than a pass over it. */
+ * semidefinite when each part is, and it is factored part by part: a diagonal form costs no more than a pass over it.
+ * */
 #pragma once
 
 #include "solver/model/model.h"
@@ -35,13 +36,13 @@ quad_part quad_part_at(const quad_parts *parts, int32_t p);
 /* ---- signs
  *
  * `sign` 1 asks for x'Qx >= 0 everywhere, -1 for x'Qx <= 0. With the columns scaled so that the diagonal is 1, which no
- * choice of units changes, the least eigenvalue may be as low as -quad_sign_tolerance. The coefficients of a form that is
- * semidefinite in exact numbers come rounded: with 9 digits the eigenvalues of the scaled matrix move by some 1e-9. And
- * what passes is wrong by less than engines and checks can see, whose tolerances start at 1e-8. */
+ * choice of units changes, the least eigenvalue may be as low as -quad_sign_tolerance. The coefficients of a form that
+ * is semidefinite in exact numbers come rounded: with 9 digits the eigenvalues of the scaled matrix move by some 1e-9.
+ * And what passes is wrong by less than engines and checks can see, whose tolerances start at 1e-8. */
 inline constexpr double quad_sign_tolerance = 1e-8;
 
-/* What stands on a row of Q whose diagonal entry is not above 0 is a remainder of a sum that came out as 0, and taken for
- * 0, where it is at most so many times the largest diagonal entry of the part. */
+/* What stands on a row of Q whose diagonal entry is not above 0 is a remainder of a sum that came out as 0, and taken
+ * for 0, where it is at most so many times the largest diagonal entry of the part. */
 inline constexpr double quad_remainder = 1e-14;
 
 /* A point where a form has the wrong sign: values of the part's columns, the largest of size 1; all others are 0. */
@@ -64,6 +65,7 @@ struct linear_forms {
 };
 inline int64_t forms_num(const linear_forms *forms) { return static_cast<int64_t>(forms->start.size()) - 1; }
 
-/* Appends F with F'F = sign * Q for a part that has the sign, with as many rows as Q has rank. Exact up to rounding; large
- * sparse parts that are singular, up to 1e-12 of the diagonal, more only where Q itself is that far from semidefinite. */
+/* Appends F with F'F = sign * Q for a part that has the sign, with as many rows as Q has rank. Exact up to rounding;
+ * large sparse parts that are singular, up to 1e-12 of the diagonal, more only where Q itself is that far from
+ * semidefinite. */
 void quad_part_factor(const quad_part *part, double sign, linear_forms *forms);

@@ -1,7 +1,7 @@
 /* quad_sign.cpp - whether a part of a quadratic form has a sign: see quad_parts.h.
  *
- * C + tolerance I has a Cholesky factor exactly when C has no eigenvalue below -tolerance. Rounding in that factorisation
- * acts on C, whose diagonal is 1, like a change by some 1e-16 an entry: far below the tolerance. */
+ * C + tolerance I has a Cholesky factor exactly when C has no eigenvalue below -tolerance. Rounding in that
+ * factorisation acts on C, whose diagonal is 1, like a change by some 1e-16 an entry: far below the tolerance. */
 #include "solver/conic/quad_matrix.h"
 
 #include <algorithm>

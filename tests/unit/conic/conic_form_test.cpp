@@ -165,9 +165,10 @@ TEST(conic_form, long_diagonal_forms_cost_a_pass)
 
 /* ---- the way back */
 
-/* A stationary pair of the form, built from the point: y of the rows that stay as given, the dual of each cone along the
- * direction that complements the point, the rows that link by these. What is left over becomes the cost of the problem's
- * columns, so that the pair is stationary with the reduced costs `reduced`. Returns the form with these costs. */
+/* A stationary pair of the form, built from the point: y of the rows that stay as given, the dual of each cone along
+ * the direction that complements the point, the rows that link by these. What is left over becomes the cost of the
+ * problem's columns, so that the pair is stationary with the reduced costs `reduced`. Returns the form with these
+ * costs. */
 static model stationary_pair(made_form *made, const std::vector<double> &x, const std::vector<double> &y,
                              const std::vector<double> &reduced, solution *sol)
 {

@@ -105,8 +105,8 @@ inline std::vector<double> random_point(std::mt19937 *random, int32_t num, doubl
     return x;
 }
 
-/* The point of the form over a point of the problem: columns that rows link by the rows, fixed ones at their value, and the
- * heads NAME.w as small as their cones let them be. */
+/* The point of the form over a point of the problem: columns that rows link by the rows, fixed ones at their value,
+ * and the heads NAME.w as small as their cones let them be. */
 inline std::vector<double> lift(const model &m, const model &form, const std::vector<double> &x)
 {
     std::vector<double> z = x;

@@ -1,4 +1,5 @@
-/* convexity_test.cpp - which problems are convex, which rows are cones in disguise, and what is said about the others. */
+/* convexity_test.cpp - which problems are convex, which rows are cones in disguise, and what is said about the others.
+ * */
 #include "conic_support.h"
 
 #include <sstream>
