@@ -269,6 +269,7 @@ void filter_sides(const std::shared_ptr<side_filter> &filter, const engine_adapt
     f.active.assign(filter->part.sides.size(), 1);
     f.has_entries.assign(static_cast<size_t>(filter->part.problem->num_con), 0);
     for (const int32_t i : filter->part.problem->a.row) f.has_entries[static_cast<size_t>(i)] = 1;
+    for (const quad_row &q : filter->part.problem->qcon) f.has_entries[static_cast<size_t>(q.row)] = 1;
     if (f.calls != nullptr) f.session = f.calls->open(job, filter->part.problem.get(), &message);
     if (f.session == nullptr) {
         const std::lock_guard<std::mutex> lock(job->mutex);

@@ -50,6 +50,9 @@ static void print_set(ZLR_task *task, int32_t kind, const reduction *r, const si
     if (num_int > 0)
         streams_printf(&task->streams, ZLR_STREAM_MSG, "  with %s\n",
                        count(num_int, "integer column", "integer columns").c_str());
+    if (!part->problem->cones.empty())
+        streams_printf(&task->streams, ZLR_STREAM_MSG, "  with %s\n",
+                       count(part->problem->cones.size(), "cone", "cones").c_str());
     if (is_reduced)
         streams_printf(&task->streams, ZLR_STREAM_MSG, "  %s solved in %.2f s\n",
                        count(static_cast<size_t>(r->num_solved), "problem", "problems").c_str(), time_s);
@@ -104,6 +107,14 @@ static int32_t primal_part(ZLR_task *task, int32_t kind, ZLR_task **subproblem)
 
 static double recede(double side) { return std::isfinite(side) ? 0.0 : side; }
 
+/* Columns that came into the part because a cone has them, and along which the ray does not go, stay at 0. */
+static void hold_others(const side_problem *part, const std::vector<double> &ray)
+{
+    model *p = part->problem.get();
+    for (size_t j = 0; j < part->col_of.size(); j++)
+        if (ray[static_cast<size_t>(part->col_of[j])] == 0.0) p->var_lower[j] = p->var_upper[j] = 0.0;
+}
+
 /* The directions of the ray's columns: finite sides become 0, infinite ones stay. Improves without end from 0 on. */
 static std::shared_ptr<model> recession_part(const model *m, const std::vector<double> &ray)
 {
@@ -139,6 +150,7 @@ static std::shared_ptr<model> recession_part(const model *m, const std::vector<d
     p->sense = m->sense;
     p->obj_name = m->obj_name;
     for (size_t j = 0; j < part.col_of.size(); j++) p->c[j] = m->c[static_cast<size_t>(part.col_of[j])];
+    hold_others(&part, ray);
     p->qcon.clear();
     return part.problem;
 }

@@ -22,7 +22,7 @@ static void note_unbounded(problem_facts *facts, int32_t j)
 {
     const auto col = static_cast<size_t>(j);
     const double cost = facts->m->c[col];
-    if (cost == 0.0 || facts->columns[col].is_quadratic) return;
+    if (cost == 0.0 || facts->columns[col].is_quadratic || facts->columns[col].is_conic) return;
     const double direction = (facts->m->sense == ZLR_SENSE_MAX) == (cost > 0.0) ? 1.0 : -1.0;
     const double end = direction > 0.0 ? facts->columns[col].upper : facts->columns[col].lower;
     if (std::isinf(end) && is_let_go(facts, col, direction))
@@ -98,7 +98,8 @@ void problem_find_columns(problem_facts *facts)
         const size_t before = facts->found[FIND_UNBOUNDED].size();
         note_unbounded(facts, j);
         const bool is_unbounded = facts->found[FIND_UNBOUNDED].size() > before;
-        if (facts->column_length[col] == 0 && !facts->columns[col].is_quadratic && !is_unbounded)
+        const bool is_linear = !facts->columns[col].is_quadratic && !facts->columns[col].is_conic;
+        if (facts->column_length[col] == 0 && is_linear && !is_unbounded)
             facts->found[FIND_COLUMN_EMPTY].push_back({j, std::fabs(m->c[col]), m->c[col]});
     }
     note_cost_spread(facts);

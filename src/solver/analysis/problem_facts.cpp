@@ -114,6 +114,7 @@ static void build_columns(problem_facts *facts)
         info->is_int = m->var_type[j] == ZLR_VAR_INT;
         info->is_binary = info->is_int && info->lower == 0.0 && info->upper == 1.0;
         info->is_quadratic = false;
+        info->is_conic = false;
 
         const int32_t kind = info->is_binary ? COLUMN_BINARY : (info->is_int ? COLUMN_INTEGER : COLUMN_CONTINUOUS);
         facts->column_keys[kind][bounds_to_key(m->var_lower[j], m->var_upper[j])]++;
@@ -129,6 +130,8 @@ static void build_columns(problem_facts *facts)
         facts->is_quadratic_row[static_cast<size_t>(q.row)] = 1;
         mark(q.terms);
     }
+    for (const model_cone &cone : m->cones)
+        for (const int32_t j : cone.member) facts->columns[static_cast<size_t>(j)].is_conic = true;
 }
 
 /* Keeps the longest lines, longest first; of two that are equally long the earlier. */

@@ -46,6 +46,7 @@ struct column_info {
     double lower, upper;
     bool is_int, is_binary;
     bool is_quadratic; /* occurs in a quadratic term */
+    bool is_conic;     /* is in a cone, which can stop it where no bound and no row does */
 };
 
 /* ---- structure ---------------------------------------------------------------------------------------------------- */

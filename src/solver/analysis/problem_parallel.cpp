@@ -235,8 +235,10 @@ static void find_parallel_columns(problem_facts *facts)
     const model *m = facts->m;
     line_set set = {&m->a.start, &m->a.row, &m->a.value, {}, {}, {}};
     set.takes_part.assign(static_cast<size_t>(m->num_var), 0);
-    for (size_t j = 0; j < set.takes_part.size(); j++)
-        set.takes_part[j] = facts->column_length[j] > 0 && !facts->columns[j].is_quadratic ? 1 : 0;
+    for (size_t j = 0; j < set.takes_part.size(); j++) {
+        const bool is_linear = !facts->columns[j].is_quadratic && !facts->columns[j].is_conic;
+        set.takes_part[j] = facts->column_length[j] > 0 && is_linear ? 1 : 0;
+    }
     find_groups(&set, static_cast<size_t>(m->num_con),
                 [&](const std::vector<int32_t> &group) { note_parallel_columns(facts, &set, group); });
 }

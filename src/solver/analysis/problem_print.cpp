@@ -2,6 +2,7 @@
  * on the screen when the rest has scrolled away. */
 #include "solver/analysis/problem_words.h"
 #include "solver/report/streams.h"
+#include "solver/report/summary.h"
 #include "solver/report/words.h"
 
 #include <algorithm>
@@ -124,6 +125,18 @@ static void add_quadratic(const problem_facts *facts, std::string *text)
     if (q->cones > 0) items.push_back(words_number(q->cones, "of them a cone", "of them cones"));
     items.push_back(words_number(q->columns, "column", "columns"));
     words_list(text, "  Quadratic", fact_indent, items);
+}
+
+/* By type and size, and what share of the columns is in them. */
+static void add_cones(const problem_facts *facts, std::string *text)
+{
+    const std::vector<model_cone> &cones = facts->m->cones;
+    int64_t num_members = 0;
+    if (cones.empty()) return;
+    for (const model_cone &cone : cones) num_members += static_cast<int64_t>(cone.member.size());
+    std::vector<std::string> items = summary_cone_items(facts->m);
+    items.push_back(words_number(num_members, "column", "columns") + " in them");
+    words_list(text, text_format("  Cones      %zu:", cones.size()), fact_indent, items);
 }
 
 /* A network that few columns are part of is a coincidence: a quarter of them must be arcs in it to be told on a screen. */
@@ -285,6 +298,18 @@ static void add_classes(const problem_facts *facts, std::string *text)
                     words_number(static_cast<int64_t>(q.terms.size()), "term", "terms").c_str());
 }
 
+static void add_all_cones(const problem_facts *facts, std::string *text)
+{
+    const std::vector<model_cone> &cones = facts->m->cones;
+    if (!cones.empty()) *text += "\nCones\n";
+    for (size_t k = 0; k < cones.size(); k++) {
+        std::vector<std::string> members;
+        for (const int32_t j : cones[k].member) members.push_back(column_name(facts, j));
+        const char *type = cones[k].type == ZLR_CT_RQUAD ? "rotated" : "quadratic";
+        words_list(text, text_format("  %zu, %s:", k + 1, type), 4, members);
+    }
+}
+
 std::string problem_report(const problem_facts *facts, bool full)
 {
     const model *m = facts->m;
@@ -298,6 +323,7 @@ std::string problem_report(const problem_facts *facts, bool full)
     add_rows_and_columns(facts, &text);
     add_nonzeros(facts, full, &text);
     add_quadratic(facts, &text);
+    add_cones(facts, &text);
     add_structure(facts, full, &text);
     add_sizes(facts, &text);
     if (full) {
@@ -306,6 +332,7 @@ std::string problem_report(const problem_facts *facts, bool full)
         add_all_sizes(facts, &text);
         add_extremes(facts, &text);
         add_classes(facts, &text);
+        add_all_cones(facts, &text);
     }
     return text + "\n" + problem_advice(facts, full) + "\n";
 }

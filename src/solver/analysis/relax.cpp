@@ -24,7 +24,7 @@ static bool row_weight(double lower, double upper, double lower_weight, double u
 
 static bool serves(const model *m, const side_weights *weights, engine_weights *w)
 {
-    if (model_num_int(m) > 0 || !m->qcon.empty()) return false;
+    if (model_num_int(m) > 0 || !m->qcon.empty() || !m->cones.empty()) return false;
     w->col_lower = weights->col_lower;
     w->col_upper = weights->col_upper;
     w->row.assign(static_cast<size_t>(m->num_con), 1.0);

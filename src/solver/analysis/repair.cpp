@@ -142,6 +142,7 @@ static std::shared_ptr<model> elastic_form(const model *m, const repair_weights 
         end_column(p.get());
     }
     p->qcon = m->qcon;
+    p->cones = m->cones; /* they do not give way */
     for (const elastic_row &row : elastic) add_slacks(p.get(), row.row, row.lower_weight, row.upper_weight);
     names_resize(&p->con_names, p->num_con);
     names_resize(&p->var_names, p->num_var);

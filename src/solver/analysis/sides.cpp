@@ -69,6 +69,24 @@ static void mark_columns(const model *m, const std::vector<char> &rows, std::vec
                 (*columns)[static_cast<size_t>(t.i)] = (*columns)[static_cast<size_t>(t.j)] = 1;
 }
 
+/* A cone without some of its members says something else. A column is in one cone at most, so that one pass is enough. */
+static void mark_members(const model *m, std::vector<char> *columns)
+{
+    const auto is_marked = [columns](int32_t j) { return (*columns)[static_cast<size_t>(j)] != 0; };
+    for (const model_cone &cone : m->cones)
+        if (std::any_of(cone.member.begin(), cone.member.end(), is_marked))
+            for (const int32_t j : cone.member) (*columns)[static_cast<size_t>(j)] = 1;
+}
+
+static void copy_cones(const model *m, const std::vector<int32_t> &col_part, model *p)
+{
+    for (const model_cone &cone : m->cones) {
+        model_cone part = cone;
+        for (int32_t &j : part.member) j = col_part[static_cast<size_t>(j)];
+        if (part.member[0] >= 0) p->cones.push_back(std::move(part)); /* all are in the part, or none is */
+    }
+}
+
 static void copy_entries(const model *m, const std::vector<int32_t> &row_part, const std::vector<int32_t> &col_part,
                          const side_problem *s)
 {
@@ -113,6 +131,7 @@ side_problem sides_problem(const model *m, const std::vector<model_side> &sides,
     mark_columns(m, rows, &columns);
     /* Files have no place for rows where there is no column at all. */
     if (m->num_var > 0 && std::find(columns.begin(), columns.end(), 1) == columns.end()) columns[0] = 1;
+    mark_members(m, &columns);
     const std::vector<int32_t> row_part = number(rows, &s.row_of), col_part = number(columns, &s.col_of);
 
     s.problem = std::make_shared<model>();
@@ -125,6 +144,7 @@ side_problem sides_problem(const model *m, const std::vector<model_side> &sides,
     p->var_lower.assign(s.col_of.size(), -model_inf);
     p->var_upper.assign(s.col_of.size(), model_inf);
     copy_entries(m, row_part, col_part, &s);
+    copy_cones(m, col_part, p);
     for (const model_side &side : sides) {
         const model_side part = {side.is_row, side.is_upper,
                                  (side.is_row ? row_part : col_part)[static_cast<size_t>(side.index)]};

@@ -26,7 +26,8 @@ std::string sides_count_text(const std::vector<model_side> &sides);
 double side_value(const model *m, const model_side *side);
 
 /* A problem that has some sides of another and nothing else: the rows that they belong to, the columns that occur in
- * these or carry a bound, integrality; no objective. */
+ * these or carry a bound, integrality, the cones that any of these columns are in, with all of their members; no
+ * objective. */
 struct side_problem {
     std::shared_ptr<model> problem;
     std::vector<int32_t> row_of, col_of; /* numbers in the whole problem, ascending */

@@ -110,7 +110,8 @@ int32_t merge_group(mps_reader *r, const mps_quad_entry *e, size_t num, double *
     if (!holds_all_of_q(r->section)) {
         for (size_t k = 1; k < num; ++k) {
             *value += e[k].value;
-            mps_count(&r->quad_twice, names_get(&r->m->var_names, e[k].i), e[k].line);
+            mps_tally *tally = e[k].i == e->i ? &r->quad_twice : &r->quad_both;
+            mps_count(tally, names_get(&r->m->var_names, e[k].i), e[k].line);
         }
         return ZLR_RES_OK;
     }

@@ -258,6 +258,8 @@ void tell_doubts(const mps_reader *r)
     tell_tally(r, &r->column_twice, "stands in more than one place of COLUMNS: its entries are put together");
     tell_tally(r, &r->entry_twice, "has an entry that stands twice with the same value: it counts once");
     tell_tally(r, &r->quad_twice, "has a quadratic entry that stands more than once: the values are added up");
+    tell_tally(r, &r->quad_both,
+               "has a quadratic entry in both triangles of a section that holds one: the values are added up");
     tell_tally(r, &r->free_row_value, "is a free row: its right-hand side or range has no effect");
     tell_tally(r, &r->negative_upper,
                "has a negative upper bound and no lower one: the lower bound is taken as -infinity");

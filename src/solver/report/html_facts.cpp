@@ -82,6 +82,7 @@ void html_problem(std::string *page, const ZLR_task *task)
     html_entry(page, "Rows", with_detail(html_count(m->num_con), summary_rows(m)));
     html_entry(page, "Columns", with_detail(html_count(m->num_var), summary_columns(m)));
     html_entry(page, "Nonzeros", with_detail(html_count(model_num_nz(m)), summary_nonzeros(m)));
+    if (!m->cones.empty()) html_entry(page, "Cones", with_detail(html_count(model_num_cones(m)), summary_cones(m)));
     *page += "</dl>\n";
     html_end(page);
 }

@@ -75,3 +75,8 @@ std::string html_column_name(const model *m, int32_t j)
 {
     return j < 0 ? html_number(std::nan("")) : html_name(names_shown(&m->var_names, j, 'x'));
 }
+
+std::string html_cone_name(const model *m, int32_t cone)
+{
+    return html_column_name(m, cone < 0 ? -1 : m->cones[static_cast<size_t>(cone)].member[0]);
+}

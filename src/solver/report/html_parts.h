@@ -58,3 +58,4 @@ void html_table_end(std::string *page);
 /* Names of row i and column j as elements; a dash for -1. */
 std::string html_row_name(const model *m, int32_t i);
 std::string html_column_name(const model *m, int32_t j);
+std::string html_cone_name(const model *m, int32_t cone); /* by its head */

@@ -29,7 +29,7 @@ static void append_check(std::string *page, const ZLR_task *task, int32_t kind)
     append_violation(page, "row limits", check->row, html_row_name(m, check->worst_row));
     append_violation(page, "column bounds", check->bound, html_column_name(m, check->worst_bound));
     append_violation(page, "integrality", check->integrality, html_column_name(m, check->worst_int));
-    append_violation(page, "cones", check->cone, html_number(std::nan("")));
+    append_violation(page, "cones", check->cone, html_cone_name(m, check->worst_cone));
     append_violation(page, "reduced costs and dual signs", check->dual, html_column_name(m, check->worst_dual));
     append_violation(page, "complementarity", check->complementarity, html_number(std::nan("")));
     html_table_end(page);

@@ -17,6 +17,12 @@ static json key_word(int32_t key)
     return word != nullptr ? json(word) : json(nullptr);
 }
 
+/* What the bounds of a column take, and the cone that it is in. */
+static double reduced_cost_at(const solution *sol, size_t at)
+{
+    return sol->slx[at] - sol->sux[at] + (sol->snx.empty() ? 0.0 : sol->snx[at]);
+}
+
 /* One list of rows or columns. Absent parts of the solution are null in every entry. */
 static json values_of(const model *m, const solution *sol, bool rows, bool primal, bool dual)
 {
@@ -27,7 +33,7 @@ static json values_of(const model *m, const solution *sol, bool rows, bool prima
         json item = {{"name", names_shown(rows ? &m->con_names : &m->var_names, i, rows ? 'c' : 'x')}};
         item["key"] = sol->has_keys ? key_word((rows ? sol->skc : sol->skx)[at]) : json(nullptr);
         item["value"] = primal ? result_number((rows ? sol->xc : sol->xx)[at]) : json(nullptr);
-        item["dual"] = dual ? result_number(rows ? sol->y[at] : sol->slx[at] - sol->sux[at]) : json(nullptr);
+        item["dual"] = dual ? result_number(rows ? sol->y[at] : reduced_cost_at(sol, at)) : json(nullptr);
         list.push_back(std::move(item));
     }
     return list;

@@ -104,11 +104,46 @@ std::string summary_nonzeros(const model *m)
     return text;
 }
 
+std::vector<std::string> summary_cone_items(const model *m)
+{
+    static const std::pair<int32_t, const char *> types[] = {{ZLR_CT_QUAD, "quadratic"}, {ZLR_CT_RQUAD, "rotated"}};
+    std::vector<std::string> items;
+    for (const auto &[type, word] : types) {
+        size_t num = 0;
+        size_t least = SIZE_MAX;
+        size_t most = 0;
+        for (const model_cone &cone : m->cones) {
+            if (cone.type != type) continue;
+            ++num;
+            least = std::min(least, cone.member.size());
+            most = std::max(most, cone.member.size());
+        }
+        if (num == 0) continue;
+        items.push_back(least == most ? text_format("%zu %s of %zu columns", num, word, most)
+                                      : text_format("%zu %s of %zu to %zu columns", num, word, least, most));
+    }
+    return items;
+}
+
+std::string summary_cones(const model *m)
+{
+    std::string text;
+    for (const std::string &item : summary_cone_items(m)) text += (text.empty() ? "" : ", ") + item;
+    return text;
+}
+
+std::string summary_cone_name(const model *m, int32_t cone)
+{
+    if (cone < 0 || cone >= model_num_cones(m)) return "";
+    return names_shown(&m->var_names, m->cones[static_cast<size_t>(cone)].member[0], 'x');
+}
+
 static void add_sizes(const model *m, std::string *text)
 {
     text_append(text, "  Rows       %-10d %s\n", m->num_con, summary_rows(m).c_str());
     text_append(text, "  Columns    %-10d %s\n", m->num_var, summary_columns(m).c_str());
     text_append(text, "  Nonzeros   %-10" PRId64 " %s\n", model_num_nz(m), summary_nonzeros(m).c_str());
+    if (!m->cones.empty()) text_append(text, "  Cones      %-10zu %s\n", m->cones.size(), summary_cones(m).c_str());
 }
 
 void summary_read(const ZLR_task *task, stream_set *out, int32_t stream)
@@ -133,23 +168,29 @@ void summary_read(const ZLR_task *task, stream_set *out, int32_t stream)
 
 /* ---- what was found ----------------------------------------------------------------------------------------------- */
 
-/* "rows 1.2e-09 (cap)": nothing where the check did not look. */
-static std::string violation_text(const char *what, double size, const name_table *names, int32_t worst, char prefix)
+/* "rows 1.2e-09 (cap)": nothing where the check did not look, and no place where there is none. */
+static std::string violation_text(const char *what, double size, const std::string &where)
 {
     if (std::isnan(size)) return "";
     std::string text = text_format("  %s %.1e", what, size);
-    if (size > 0.0 && worst >= 0) text += " (" + names_shown(names, worst, prefix) + ")";
+    if (size > 0.0 && !where.empty()) text += " (" + where + ")";
     return text;
+}
+
+static std::string place(const name_table *names, int32_t worst, char prefix)
+{
+    return worst >= 0 ? names_shown(names, worst, prefix) : "";
 }
 
 static void add_check(const model *m, const solution_check *check, std::string *text)
 {
     const std::string parts[] = {
-        violation_text("rows", check->row, &m->con_names, check->worst_row, 'c'),
-        violation_text("bounds", check->bound, &m->var_names, check->worst_bound, 'x'),
-        violation_text("integrality", check->integrality, &m->var_names, check->worst_int, 'x'),
-        violation_text("duals", check->dual, &m->var_names, check->worst_dual, 'x'),
-        violation_text("compl.", check->complementarity, nullptr, -1, ' '),
+        violation_text("rows", check->row, place(&m->con_names, check->worst_row, 'c')),
+        violation_text("bounds", check->bound, place(&m->var_names, check->worst_bound, 'x')),
+        violation_text("integrality", check->integrality, place(&m->var_names, check->worst_int, 'x')),
+        violation_text("cones", check->cone, summary_cone_name(m, check->worst_cone)),
+        violation_text("duals", check->dual, place(&m->var_names, check->worst_dual, 'x')),
+        violation_text("compl.", check->complementarity, ""),
     };
     std::string line = "  Violations ";
     bool any = false;

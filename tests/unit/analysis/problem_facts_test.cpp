@@ -344,6 +344,23 @@ TEST(problem_quadratic, convexity)
     EXPECT_EQ(found(facts_of(&m), FIND_OBJ_NOT_CONVEX), std::vector<int32_t>{0});
 }
 
+/* What nothing but a cone stops is stopped, and its columns are not the same for having the same entries. */
+TEST(problem_quadratic, columns_in_cones)
+{
+    model m = make_model(ZLR_SENSE_MIN, {-1, 0, -1, -1}, {{-inf, 4, {0, 0, 1, 1}}}, {-inf, -inf, -inf, -inf},
+                         {inf, inf, inf, inf});
+    m.a.value[0] = m.a.value[1] = -1.0; /* growth makes the row smaller */
+    const problem_facts without = facts_of(&m);
+    EXPECT_EQ(found(without, FIND_UNBOUNDED), (std::vector<int32_t>{0, 2, 3}));
+    EXPECT_EQ(found(without, FIND_COLUMN_EMPTY), (std::vector<int32_t>{1}));
+    EXPECT_EQ(without.parallel.equal_columns, 1);
+    m.cones = {{ZLR_CT_QUAD, {1, 0}}, {ZLR_CT_QUAD, {2, 3}}};
+    const problem_facts with = facts_of(&m);
+    EXPECT_TRUE(found(with, FIND_UNBOUNDED).empty());
+    EXPECT_TRUE(found(with, FIND_COLUMN_EMPTY).empty());
+    EXPECT_EQ(with.parallel.equal_columns, 0);
+}
+
 TEST(problem_scaling, units_do_no_harm_but_spread_within_a_row_does)
 {
     /* Row i has unit 1e4^i and column j unit 1e3^j: twelve decades that scaling takes away. */

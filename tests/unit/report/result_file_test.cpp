@@ -111,6 +111,7 @@ TEST_F(result_file, with_a_solution_values_are_exact)
     EXPECT_TRUE(r.at("best_bound").is_null()) << "infinite";
     EXPECT_EQ(r.at("max_violation").at("rows").get<double>(), 1e-9);
     EXPECT_TRUE(r.at("max_violation").at("dual").is_null());
+    EXPECT_TRUE(r.at("max_violation").at("cones").is_null());
     const json &columns = r.at("solution").at("columns"), &rows = r.at("solution").at("rows");
     ASSERT_EQ(columns.size(), 2U);
     ASSERT_EQ(rows.size(), 1U);
@@ -122,6 +123,21 @@ TEST_F(result_file, with_a_solution_values_are_exact)
     EXPECT_EQ(rows[0].at("name"), "c1");
     EXPECT_EQ(rows[0].at("value").get<double>(), 7.5);
     EXPECT_EQ(rows[0].at("dual").get<double>(), -1.5);
+}
+
+/* The reduced cost of a column in a cone is what its bounds and its cone take together. */
+TEST_F(result_file, duals_of_cones)
+{
+    fill(ZLR_SOL_ITR, ZLR_SOLSTA_OPTIMAL);
+    ASSERT_EQ(param_put_int(&task.params, IPAR_RESULT_SOLUTION, 1, &task.streams), ZLR_RES_OK);
+    task.problem->cones = {{ZLR_CT_QUAD, {1, 0}}};
+    solution *sol = &task.sol[ZLR_SOL_ITR];
+    sol->snx = {0.25, -2.0};
+    sol->check.cone = 3e-9;
+    const json r = result(ZLR_RES_OK);
+    EXPECT_EQ(r.at("max_violation").at("cones").get<double>(), 3e-9);
+    EXPECT_EQ(r.at("solution").at("columns").at(0).at("dual").get<double>(), sol->slx[0] - sol->sux[0] + 0.25);
+    EXPECT_EQ(r.at("solution").at("columns").at(1).at("dual").get<double>(), sol->slx[1] - sol->sux[1] - 2.0);
 }
 
 /* What a reader may take for the problem's objective or point must be one. */

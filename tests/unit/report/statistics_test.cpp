@@ -176,6 +176,7 @@ TEST_F(statistics, a_line_has_the_values_of_the_run)
     sol->defined = sol->has_primal = true;
     sol->primal_obj = 1.0 / 3.0;
     sol->check.integrality = 1e-9;
+    sol->check.cone = 2e-8;
     put_str(SPAR_STAT_LABEL, "run 7");
     ASSERT_EQ(param_put_text(&task.params, "OPTIMIZER", "INTPNT", &task.streams), ZLR_RES_OK);
     ASSERT_EQ(param_put_text(&task.params, "THREADS", "3", &task.streams), ZLR_RES_OK);
@@ -194,6 +195,7 @@ TEST_F(statistics, a_line_has_the_values_of_the_run)
     EXPECT_EQ(line.at("primal_objective").get<double>(), 1.0 / 3.0);
     EXPECT_EQ(line.at("best_bound").get<double>(), 0.25);
     EXPECT_EQ(line.at("max_violation").at("integrality").get<double>(), 1e-9);
+    EXPECT_EQ(line.at("max_violation").at("cones").get<double>(), 2e-8);
     EXPECT_EQ(line.at("time").at("start").get<double>(), 0.25);
     EXPECT_EQ(line.at("time").at("check").get<double>(), 0.125);
     EXPECT_TRUE(line.at("time").at("read").is_null()) << "no file was read";
