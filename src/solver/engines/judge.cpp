@@ -72,7 +72,7 @@ static void offer(optimization *o, int32_t kind, solution *sol, const check_resu
 
 /* The share of what is allowed up to which an answer stands for itself. What uses up more waits for the other racers, or
  * for the next round: on ill-conditioned problems residuals within the tolerance leave digits of the objective open. */
-static constexpr double sure_ratio = 0.01;
+static constexpr double sure_ratio = 1e-5;
 
 static int32_t main_kind(const optimization *o) { return o->plan.sought[ZLR_SOL_BAS] ? ZLR_SOL_BAS : ZLR_SOL_ITR; }
 

@@ -105,11 +105,26 @@ static void halt_round(optimization *o, runner *r)
         if (std::find(back.begin(), back.end(), k) == back.end()) judge_left(o, &r->entries[k]);
 }
 
+static bool has_optimal(const optimization *o)
+{
+    return std::any_of(std::begin(o->best), std::end(o->best),
+                       [](const solution &s) { return s.defined && s.solsta == ZLR_SOLSTA_OPTIMAL; });
+}
+
+/* The other racers get as long again to do better than an optimal answer that nobody is sure of. */
+static void limit_wait(optimization *o, const runner *r)
+{
+    constexpr double least_s = 0.05;
+    const double now = clock_now_s();
+    o->watch.round_deadline_s = std::min(o->watch.round_deadline_s, now + std::max(least_s, now - r->begin_s));
+}
+
 static void run_round(optimization *o, const std::vector<plan_step> &round)
 {
     runner r;
     bool is_over = false;
 
+    o->watch.round_deadline_s = model_inf;
     note_round(o, round);
     o->round_threads = 0;
     for (const plan_step &step : round) o->round_threads += step.threads;
@@ -122,6 +137,7 @@ static void run_round(optimization *o, const std::vector<plan_step> &round)
         const run_event event = runner_next(&r, &which);
         if (event == RUN_INCUMBENT) judge_incumbent(o, r.entries[which].incumbent);
         if (event == RUN_ANSWER) is_over = judge_answer(o, &r.entries[which]);
+        if (event == RUN_ANSWER && !o->is_linear && has_optimal(o)) limit_wait(o, &r);
         if (event == RUN_STOP) halt_round(o, &r);
         if (event == RUN_STOP || event == RUN_END) break;
     }
@@ -151,12 +167,6 @@ static void run_rounds(optimization *o)
 }
 
 /* ---- the outcome */
-
-static bool has_optimal(const optimization *o)
-{
-    return std::any_of(std::begin(o->best), std::end(o->best),
-                       [](const solution &s) { return s.defined && s.solsta == ZLR_SOLSTA_OPTIMAL; });
-}
 
 /* An optimal one that no engine was sure of, or a near one. */
 static bool has_answer(const optimization *o)

@@ -293,7 +293,7 @@ run_event runner_next(runner *r, size_t *which)
             }
             if (take_incumbent(&r->entries[k])) return RUN_INCUMBENT;
         }
-        if (!any) return RUN_END;
+        if (!any || clock_now_s() >= r->watch->round_deadline_s) return RUN_END;
 
         engine_progress progress;
         engine_method method = METHOD_CHOOSE;
@@ -301,7 +301,8 @@ run_event runner_next(runner *r, size_t *which)
         record_all(r);
         if (watch_poll(r->watch, found ? &progress : nullptr)) return RUN_STOP;
         if (found) show(r, &progress, method);
-        wait_a_while(r, std::min(runner_poll_s, r->watch->deadline_s - clock_now_s()));
+        wait_a_while(r, std::min({runner_poll_s, r->watch->deadline_s - clock_now_s(),
+                                  r->watch->round_deadline_s - clock_now_s()}));
     }
 }
 
