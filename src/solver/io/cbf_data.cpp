@@ -1,5 +1,5 @@
-/* cbf_data.cpp - see cbf_reader.h: the coefficients. They come in any order, each at most once: what a second one is to do,
- * be added or take the place of the first, is for no reader to guess. */
+/* cbf_data.cpp - see cbf_reader.h: the coefficients. They come in any order, each at most once: what a second one is to
+ * do, be added or take the place of the first, is for no reader to guess. */
 #include "solver/io/cbf_reader.h"
 
 #include <algorithm>
@@ -44,7 +44,7 @@ int32_t cbf_section_objbcoord(cbf_reader *r)
     return res == ZLR_RES_OK ? cbf_end_line(r, line) : res;
 }
 
-/* ---- the matrix --------------------------------------------------------------------------------------------------- */
+/* ---- the matrix -------------------------------------------------------------------------------------------------- */
 
 static void note_line(cbf_reader *r)
 {

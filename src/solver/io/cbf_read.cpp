@@ -11,7 +11,7 @@
 #include <cmath>
 #include <cstdarg>
 
-/* ---- lines and words ---------------------------------------------------------------------------------------------- */
+/* ---- lines and words --------------------------------------------------------------------------------------------- */
 
 int32_t cbf_fail(const cbf_reader *r, int32_t code, const char *format, ...)
 {
@@ -121,7 +121,7 @@ int32_t cbf_count_line(cbf_reader *r, const char *what, int64_t limit, int64_t *
     return res == ZLR_RES_OK ? cbf_end_line(r, line) : res;
 }
 
-/* ---- sections ----------------------------------------------------------------------------------------------------- */
+/* ---- sections ---------------------------------------------------------------------------------------------------- */
 
 struct section_row {
     const char *word;
@@ -207,7 +207,7 @@ static int32_t read_sections(cbf_reader *r)
     }
 }
 
-/* ---- when all is read --------------------------------------------------------------------------------------------- */
+/* ---- when all is read -------------------------------------------------------------------------------------------- */
 
 /* Whether a block is a cone of the model. Quadratic ones that are too short for that are bounds: of one part, x >= 0,
  * and rotated ones of two, x >= 0 and y >= 0. */
@@ -255,7 +255,7 @@ static void add_slacks(model *m, const cbf_block *block, int32_t first_row)
     const int32_t first = m->num_var;
     model_append_vars(m, block->size);
     for (int32_t k = 0; k < block->size; k++) {
-        const auto j = static_cast<size_t>(first + k);
+        const size_t j = static_cast<size_t>(first) + static_cast<size_t>(k);
         m->var_lower[j] = -model_inf;
         m->var_upper[j] = model_inf;
         m->a.row.push_back(first_row + k);

@@ -34,7 +34,7 @@ int32_t cbf_section_objsense(cbf_reader *r)
     return cbf_end_line(r, line);
 }
 
-/* ---- cones -------------------------------------------------------------------------------------------------------- */
+/* ---- cones ------------------------------------------------------------------------------------------------------- */
 
 /* Cones that the format has and the model has not. */
 static bool is_other_cone(std::string_view word)
@@ -114,7 +114,7 @@ int32_t cbf_section_con(cbf_reader *r)
     return ZLR_RES_OK;
 }
 
-/* ---- integers ----------------------------------------------------------------------------------------------------- */
+/* ---- integers ---------------------------------------------------------------------------------------------------- */
 
 int32_t cbf_section_int(cbf_reader *r)
 {
@@ -134,7 +134,7 @@ int32_t cbf_section_int(cbf_reader *r)
     return res;
 }
 
-/* ---- what is refused ---------------------------------------------------------------------------------------------- */
+/* ---- what is refused --------------------------------------------------------------------------------------------- */
 
 /* Some programs write a section with a count of 0 for what a problem has not. */
 int32_t cbf_section_refused(cbf_reader *r)

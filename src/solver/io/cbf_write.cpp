@@ -1,9 +1,9 @@
-/* cbf_write.cpp - writes a model in version 1 of the Conic Benchmark Format, which has all that a model without quadratic
- * terms needs and which every reader knows.
+/* cbf_write.cpp - writes a model in version 1 of the Conic Benchmark Format, which has all that a model without
+ * quadratic terms needs and which every reader knows.
  *
  * Columns and rows keep their numbers. What the format has no place for becomes rows behind the model's own, in this
- * order: upper sides of rows that have two, bounds that are neither 0 nor infinite (and those of columns in a cone), and
- * the members of cones that do not stand side by side as columns. */
+ * order: upper sides of rows that have two, bounds that are neither 0 nor infinite (and those of columns in a cone),
+ * and the members of cones that do not stand side by side as columns. */
 #include "solver/io/cbf.h"
 #include "solver/io/io.h"
 
@@ -28,7 +28,7 @@ struct cbf_writer {
     std::string line;
 };
 
-/* ---- lines -------------------------------------------------------------------------------------------------------- */
+/* ---- lines ------------------------------------------------------------------------------------------------------- */
 
 static void line_int(cbf_writer *w, int64_t value)
 {
@@ -62,7 +62,7 @@ static void put_count(cbf_writer *w, int64_t num)
     sink_text(w->out, "\n");
 }
 
-/* ---- what goes where ---------------------------------------------------------------------------------------------- */
+/* ---- what goes where --------------------------------------------------------------------------------------------- */
 
 /* `merges`: linear cones that follow each other are one; quadratic ones are not. */
 static void add_block(std::vector<cbf_block> *blocks, cbf_cone cone, int32_t size, bool merges)
@@ -167,7 +167,7 @@ static void place_rows(cbf_writer *w)
     }
 }
 
-/* ---- sections ----------------------------------------------------------------------------------------------------- */
+/* ---- sections ---------------------------------------------------------------------------------------------------- */
 
 static void put_blocks(cbf_writer *w, const char *section, const std::vector<cbf_block> &blocks)
 {
@@ -285,7 +285,7 @@ static void put_constants(cbf_writer *w)
     }
 }
 
-/* ---- the file ----------------------------------------------------------------------------------------------------- */
+/* ---- the file ---------------------------------------------------------------------------------------------------- */
 
 /* "c12", and "c12_cone" for the columns that the reader makes of rows in cones. */
 static bool is_made_name(std::string_view name, char prefix)

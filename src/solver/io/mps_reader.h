@@ -121,7 +121,8 @@ struct mps_reader {
 
     std::vector<uint8_t> bound_given;      /* by column: 1 lower, 2 upper */
     int32_t column_hint = 0, row_hint = 0; /* where the next name is likely to be found */
-    mps_tally negative_upper, bound_twice, ignored_value, column_twice, entry_twice, quad_twice, quad_both, free_row_value;
+    mps_tally negative_upper, bound_twice, ignored_value, column_twice, entry_twice, quad_twice, quad_both,
+        free_row_value;
 
     int32_t quad_row = mps_objective;
     std::vector<mps_quad_entry> quad;

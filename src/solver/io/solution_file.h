@@ -1,9 +1,9 @@
 /* solution_file.h - the library's own solution text, for .sol, .bas and .int files. docs/formats-solution.md describes
  * it for users.
  *
- * A header of keywords, then sections of one line a row, a column and, where there are any, a cone. A section's heading names its fields, so that
- * a reader knows what it holds, and [end] closes the file, so that a cut file is never taken for a whole one. Numbers
- * read back as the same bits. */
+ * A header of keywords, then sections of one line a row, a column and, where there are any, a cone. A section's heading
+ * names its fields, so that a reader knows what it holds, and [end] closes the file, so that a cut file is never taken
+ * for a whole one. Numbers read back as the same bits. */
 #pragma once
 
 #include "solver/io/io.h"

@@ -1,5 +1,5 @@
-/* solution_read.cpp - reads the format of solution_file.h: tokens and lines, the whole of a file, and what follows from what
- * was read. See solution_reader.h. */
+/* solution_read.cpp - reads the format of solution_file.h: tokens and lines, the whole of a file, and what follows from
+ * what was read. See solution_reader.h. */
 #include "solver/io/solution_reader.h"
 #include "solver/io/source_holder.h"
 

@@ -168,8 +168,7 @@ TEST(problem_report, cones_by_type_and_size)
     model_append_vars(&m, 8);
     names_put(&m.var_names, 3, "head");
     m.cones = {{ZLR_CT_QUAD, {3, 2}}, {ZLR_CT_RQUAD, {4, 5, 6}}, {ZLR_CT_QUAD, {7, 8, 9}}};
-    EXPECT_EQ(line_after(report(m), "Cones"),
-              "      3: 2 quadratic of 2 to 3 columns, 1 rotated of 3 columns,");
+    EXPECT_EQ(line_after(report(m), "Cones"), "      3: 2 quadratic of 2 to 3 columns, 1 rotated of 3 columns,");
     const std::string full = report(m, ANALYSIS_FULL);
     EXPECT_NE(full.find("\nCones\n  1, quadratic: head, x3\n  2, rotated: x5, x6, x7\n  3, quadratic: x8, x9, x10\n"),
               std::string::npos)

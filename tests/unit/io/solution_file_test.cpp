@@ -122,7 +122,7 @@ protected:
 
 static bool same_bits(const std::vector<double> &a, const std::vector<double> &b)
 {
-    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0;
+    return a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0);
 }
 
 static void expect_same(const solution &a, const solution &b, bool duals)
