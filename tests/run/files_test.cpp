@@ -129,7 +129,7 @@ TEST(run, infeasible_and_unbounded_are_answers)
     EXPECT_EQ(run.result["problem_status"], "primal_infeasible");
 }
 
-TEST(run, quadratic_task_is_read_written_and_refused_by_the_optimiser)
+TEST(run, quadratic_task_is_read_written_and_solved)
 {
     const temp_folder folder;
     file_write(folder.file("q.lp"), "Minimize\n obj: x + [ x ^ 2 ] / 2\nSubject To\n c1: x >= 1\nEnd\n");
@@ -137,8 +137,16 @@ TEST(run, quadratic_task_is_read_written_and_refused_by_the_optimiser)
     EXPECT_EQ(run.process.status, 0) << run.process.out;
     EXPECT_NE(file_read(folder.file("q.mps")).find("QUADOBJ"), std::string::npos);
     run = run_zelor(folder, {"q.mps"});
-    EXPECT_EQ(run.process.status, ZLR_RES_ERR_NO_ENGINE % 256) << run.process.out;
-    EXPECT_NE(run.process.out.find("quadratic objective"), std::string::npos) << run.process.out;
+    EXPECT_EQ(run.process.status, 0) << run.process.out;
+    EXPECT_NE(run.process.out.find("Objective  1.5000000"), std::string::npos) << run.process.out;
+    EXPECT_TRUE(file_exists(folder.file("q.sol")));
+    run = run_zelor(folder, {"q.mps", "-toconic", "-x", "-out", "q.cbf"});
+    EXPECT_EQ(run.process.status, 0) << run.process.out;
+    run = run_zelor(folder, {"q.cbf"});
+    EXPECT_NE(run.process.out.find("Interior solution: OPTIMAL"), std::string::npos) << run.process.out;
+    file_write(folder.file("n.lp"), "Minimize\n obj: x - [ x ^ 2 ] / 2\nSubject To\n c1: x >= 1\nEnd\n");
+    run = run_zelor(folder, {"n.lp"});
+    EXPECT_EQ(run.process.status, ZLR_RES_ERR_NONCONVEX % 256) << run.process.out;
 }
 
 TEST(parameters, typo_is_told_with_the_nearest_name)

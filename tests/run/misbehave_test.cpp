@@ -147,13 +147,13 @@ TEST(misbehave_run, optimiser_that_fails)
     const zelor_run run =
         run_zelor(folder, {file, "-anapro", "-anasolo", "bas", "-sen", folder.file("ask"), "-info", folder.file("s.lp"),
                            "-stat", "append", "-d", "STAT_FILE", folder.file("stat")});
-    EXPECT_EQ(run.process.status, ZLR_RES_ERR_NO_ENGINE % 256) << run.process.out;
+    EXPECT_EQ(run.process.status, ZLR_RES_ERR_NONCONVEX % 256) << run.process.out;
     EXPECT_TRUE(holds(run.process.out, "Analysis of problem")) << run.process.out;
     EXPECT_TRUE(holds(run.process.out, "There is no basic solution to analyse.")) << run.process.out;
     EXPECT_FALSE(holds(run.process.out, "Sensitivity of"));
     EXPECT_FALSE(file_exists(folder.file("q.sen")));
     EXPECT_FALSE(file_exists(folder.file("s.bas.inf.lp")));
-    EXPECT_TRUE(holds(file_read(folder.file("stat")), "ZLR_RES_ERR_NO_ENGINE"));
+    EXPECT_TRUE(holds(file_read(folder.file("stat")), "ZLR_RES_ERR_NONCONVEX"));
 }
 
 TEST(misbehave_run, without_the_optimiser)

@@ -91,7 +91,7 @@ TEST(statistics, each_option_does_its_part)
 TEST(statistics, outcomes_without_an_answer_are_noted_too)
 {
     const temp_folder folder;
-    file_write(folder.file("m.lp"), "Minimize\n obj: x + [ x ^ 2 ] / 2\nSubject To\n c1: x >= 1\nEnd\n");
+    file_write(folder.file("m.lp"), "Minimize\n obj: x - [ x ^ 2 ] / 2\nSubject To\n c1: x >= 1\nEnd\n");
     (void)run_stat(folder, {"-d", "STAT_FILE", "s.jsonl", "-stat", "append"});
     file_write(folder.file("m.lp"), "Minimize\n x\nSubject To\n a: x + y >= 3\n b: x + y <= 2\nEnd\n");
     (void)run_stat(folder, {"-d", "STAT_FILE", "s.jsonl", "-stat", "start", "-stat", "stop"});
@@ -102,7 +102,7 @@ TEST(statistics, outcomes_without_an_answer_are_noted_too)
         expect_schema(schema, line, "line");
         EXPECT_TRUE(line.at("primal_objective").is_null());
     }
-    EXPECT_EQ(lines[0].at("return_code"), ZLR_RES_ERR_NO_ENGINE);
+    EXPECT_EQ(lines[0].at("return_code"), ZLR_RES_ERR_NONCONVEX);
     EXPECT_EQ(lines[0].at("problem_type"), "quadratic_objective");
     EXPECT_EQ(lines[1].at("solution_status"), "primal_infeasible");
 }

@@ -392,6 +392,15 @@ void check_set_status(const check_result *found, solution *sol)
         sol->solsta = ZLR_SOLSTA_NEAR_DUAL_FEAS;
 }
 
+double check_largest_residual(const solution *sol)
+{
+    constexpr double sum_rounding = 1e-15;
+    const double gap = std::fabs(sol->primal_obj - sol->dual_obj);
+    const double cone = std::isnan(sol->check.cone) ? 0.0 : sol->check.cone;
+    return std::max({sol->check.row, sol->check.bound, cone, sol->check.dual,
+                     gap > sum_rounding * std::fabs(sol->primal_obj) ? gap : 0.0});
+}
+
 double check_relative_gap(double objective, double bound)
 {
     const double gap = std::fabs(objective - bound);

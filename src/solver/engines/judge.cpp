@@ -60,7 +60,8 @@ static bool improves(const optimization *o, int32_t kind, const solution *sol, c
     if (!sol->defined) return false;
     if (!best->defined || o->is_linear || check_rank(sol->solsta) != check_rank(best->solsta))
         return is_better(sol, best, o->problem->sense);
-    return ratio_of(found) < o->best_ratio[kind];
+    if (ratio_of(found) > 1.0 || o->best_ratio[kind] > 1.0) return ratio_of(found) < o->best_ratio[kind];
+    return check_largest_residual(sol) < check_largest_residual(best);
 }
 
 static void offer(optimization *o, int32_t kind, solution *sol, const check_result *found)
@@ -72,7 +73,8 @@ static void offer(optimization *o, int32_t kind, solution *sol, const check_resu
 
 /* The share of what is allowed up to which an answer stands for itself. What uses up more waits for the other racers, or
  * for the next round: on ill-conditioned problems residuals within the tolerance leave digits of the objective open. */
-static constexpr double sure_ratio = 1e-5;
+static constexpr double sure_ratio = 1e-6;
+static constexpr double sure_residual = 1e-6; /* as it is */
 
 static int32_t main_kind(const optimization *o) { return o->plan.sought[ZLR_SOL_BAS] ? ZLR_SOL_BAS : ZLR_SOL_ITR; }
 
@@ -113,7 +115,7 @@ static bool judge_point(optimization *o, const run_entry *e)
     check_result found = o->given == o->problem ? answer_to_solution(m, &o->tol, &e->answer, kind, &sol)
                                                 : mapped_solution(o, &e->answer, &sol);
     if (!sol.defined) return false;
-    if (model_problem_type(m) == ZLR_PROBTYPE_QO)
+    if (model_problem_type(m) == ZLR_PROBTYPE_QO && param_int(&o->task->params, IPAR_QP_POLISH) != 0)
         polish_solution(
             m, &o->tol, [o] { return watch_poll(&o->watch, nullptr); }, &sol, &found);
     const bool optimal = sol.solsta == ZLR_SOLSTA_OPTIMAL;
@@ -129,7 +131,8 @@ static bool judge_point(optimization *o, const run_entry *e)
     if (improves(o, kind, &sol, &found)) judge_credit(o, e);
     offer(o, kind, &sol, &found);
     if (!optimal) return false;
-    const bool is_sure = o->is_linear || ratio_of(&found) <= sure_ratio;
+    const bool is_sure =
+        o->is_linear || (ratio_of(&found) <= sure_ratio && check_largest_residual(&o->best[kind]) <= sure_residual);
     o->is_settled = o->is_settled || is_sure;
     return is_sure;
 }

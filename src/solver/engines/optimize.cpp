@@ -114,7 +114,7 @@ static bool has_optimal(const optimization *o)
 /* The other racers get as long again to do better than an optimal answer that nobody is sure of. */
 static void limit_wait(optimization *o, const runner *r)
 {
-    constexpr double least_s = 0.05;
+    constexpr double least_s = 0.2;
     const double now = clock_now_s();
     o->watch.round_deadline_s = std::min(o->watch.round_deadline_s, now + std::max(least_s, now - r->begin_s));
 }
@@ -148,11 +148,13 @@ static bool is_over(const optimization *o)
     return o->is_settled || o->watch.stop_code != ZLR_RES_OK || o->limit_code != ZLR_RES_OK;
 }
 
-/* After the rounds that are there to make a good answer better. */
+/* After the rounds that are there to make a good answer better, which are for problems that take no time. */
 static bool is_good_enough(const optimization *o)
 {
     const solution *best = &o->best[o->plan.sought[ZLR_SOL_BAS] ? ZLR_SOL_BAS : ZLR_SOL_ITR];
-    return !o->is_linear && o->round >= o->plan.num_better && best->solsta == ZLR_SOLSTA_OPTIMAL;
+    constexpr double patience_s = 1.0;
+    const bool is_over = o->round >= o->plan.num_better || clock_now_s() - o->watch.start_s > patience_s;
+    return !o->is_linear && o->round > 0 && is_over && best->solsta == ZLR_SOLSTA_OPTIMAL;
 }
 
 static void run_rounds(optimization *o)

@@ -23,6 +23,7 @@ struct active_set {
 
 static constexpr int32_t max_rounds = 6;    /* from one guess */
 static constexpr double good_enough = 1e-6; /* of what is allowed */
+static constexpr double good_residual = 1e-7;
 static constexpr double far_off = 1e4;
 static constexpr double max_operations = 2e8; /* of a factorisation: 0.1 to 0.2 s */
 static constexpr double shift = 1e-8;         /* makes the scaled system quasidefinite; refinement takes it out again */
@@ -218,19 +219,30 @@ static bool solve_at(const model *m, const active_set *set, const solution *from
 
 static double ratio_of(const check_result *found) { return std::max({found->primal, found->dual, found->gap}); }
 
+static bool is_better(const check_result *a, const solution *a_sol, const check_result *b, const solution *b_sol)
+{
+    if (ratio_of(a) > 1.0 || ratio_of(b) > 1.0) return ratio_of(a) < ratio_of(b);
+    return check_largest_residual(a_sol) < check_largest_residual(b_sol);
+}
+
+static bool is_good(const check_result *found, const solution *sol)
+{
+    return ratio_of(found) <= good_enough && check_largest_residual(sol) <= good_residual;
+}
+
 /* One guess and its corrections. */
 static void polish_from(const model *m, const check_tolerances *tol, const std::function<bool()> &is_stopped,
                         active_set set, solution *sol, check_result *found)
 {
     solution from = *sol;
-    for (int32_t k = 0; k < max_rounds && ratio_of(found) > good_enough && !is_stopped(); k++) {
+    for (int32_t k = 0; k < max_rounds && !is_good(found, sol) && !is_stopped(); k++) {
         solution made;
         solution_reset(&made, m->num_con, m->num_var);
         made.has_primal = made.has_dual = true;
         if (!solve_at(m, &set, &from, &made.xx, &made.y)) return;
         check_complete(m, tol, &made);
         const check_result at = check_solution(m, tol, false, &made);
-        if (ratio_of(&at) < ratio_of(found)) {
+        if (is_better(&at, &made, found, sol)) {
             made.skc = sol->skc;
             made.skx = sol->skx;
             made.defined = true;
@@ -254,7 +266,7 @@ void polish_solution(const model *m, const check_tolerances *tol, const std::fun
     if (!sol->has_primal || !sol->has_dual || !m->qcon.empty() || !m->cones.empty()) return;
     const solution answer = *sol;
     for (const double weight : {1.0, 1e3, 1e-3, 30.0, 0.03, 1e5, 1e-5}) {
-        if (ratio_of(found) <= good_enough || is_stopped()) return;
+        if (is_good(found, sol) || is_stopped()) return;
         const active_set set =
             stand(m, &answer, [&](bool, size_t, const standing_value &v) { return guess(v, weight); });
         polish_from(m, tol, is_stopped, set, sol, found);

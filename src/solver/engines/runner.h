@@ -29,10 +29,10 @@ struct run_watch {
     progress_table table;
     run_history *history = nullptr; /* the task's, where a report is asked for */
     double start_s = 0.0;
-    double deadline_s = model_inf;  /* by clock_now_s */
+    double deadline_s = model_inf;       /* by clock_now_s */
     double round_deadline_s = model_inf; /* the round ends then with what it has: there is an answer that will do */
-    int32_t stop_code = ZLR_RES_OK; /* not 0 once a stop or the time limit was seen */
-    int64_t done_iterations = 0;    /* of engines that have ended, for the callback */
+    int32_t stop_code = ZLR_RES_OK;      /* not 0 once a stop or the time limit was seen */
+    int64_t done_iterations = 0;         /* of engines that have ended, for the callback */
     int64_t done_nodes = 0;
     bool has_primal = false, has_dual = false; /* best known of the task itself */
     double primal_obj = 0.0, dual_obj = 0.0;

@@ -251,6 +251,16 @@ static plan_step first_conic(const engine_source *source, const param_set *param
     return step;
 }
 
+/* HiPO goes on to where it stalls: the nearer the optimum, the surer the bounds and rows that hold there. What it reaches by
+ * its own tolerance is another point to polish. */
+static plan_step first_hipo(const engine_source *source, const param_set *params)
+{
+    plan_step step = step_of(source, METHOD_HIPO, 1);
+    if (param_is_default(params, param_find(ZLR_PAR_DOUBLE, DPAR_IPM_OPTIMALITY_TOL)))
+        step.extra.push_back(number_option("ipm_optimality_tolerance", 1e-11));
+    return step;
+}
+
 /* Less is added to the systems that are solved, which then are solved less surely but more exactly. */
 static plan_step sharper(const engine_source *source)
 {
@@ -278,9 +288,10 @@ static void plan_quadratic(const engine_table *table, const param_set *params, c
 
     plan->sought[ZLR_SOL_ITR] = true;
     std::vector<plan_step> round;
-    if (any_hipo) round.push_back(step_of(table->linear, METHOD_HIPO, 1));
+    if (any_hipo) round.push_back(first_hipo(table->linear, params));
     if (any_conic && (round.empty() || threads > 1)) round.push_back(first_conic(table->conic, params));
     if (!round.empty()) plan->rounds.push_back(std::move(round));
+    if (any_hipo) plan->rounds.push_back({step_of(table->linear, METHOD_HIPO, 1)});
     plan->num_better = static_cast<int32_t>(plan->rounds.size());
     if (table->conic != nullptr) {
         plan->rounds.push_back({sharper(table->conic)});

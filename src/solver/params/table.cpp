@@ -206,6 +206,8 @@ static constexpr param_row rows[] = {
     WORD(IPAR_NONCONVEX, "NONCONVEX", NONCONVEX_REFUSE, 0, 1, "REFUSE=0 LOCAL=1", nullptr,
          "What is done with a quadratic problem that is not convex. LOCAL, a local solution, waits for a nonlinear engine: "
          "the problem is refused until then, and told so"),
+    WORD(IPAR_QP_POLISH, "QP_POLISH", 1, 0, 1, "OFF=0 ON=1", nullptr,
+         "Whether an answer of a quadratic problem is made exact: bounds and rows that hold become equations"),
 
     STR(SPAR_BAS_SOL_FILE, "BAS_SOL_FILE", "", "File that the basic solution is written to"),
     STR(SPAR_DATA_FILE, "DATA_FILE", "", "Problem file that is read"),

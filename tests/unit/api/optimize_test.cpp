@@ -259,15 +259,53 @@ TEST_F(api_optimize, a_method_that_stalls_is_not_the_end)
     EXPECT_EQ(ZLR_SOLSTA_PRIM_INFEAS_CER, get_solution(task, ZLR_SOL_BAS).solsta);
 }
 
-TEST_F(api_optimize, quadratic_tasks_are_refused_with_the_reason)
+/* Refused with the reason and the name, and the task stays as it was. */
+TEST_F(api_optimize, what_is_not_convex_or_has_integers_is_refused)
 {
-    const int32_t sub = 0;
-    const double one = 1.0;
+    const int32_t sub = 0, sub2 = 1;
+    const double one = 1.0, minus = -1.0;
     fill(task, two_rows(ZLR_SENSE_MIN));
+    ASSERT_EQ(ZLR_RES_OK, ZLR_putqobj(task, 1, &sub, &sub, &minus));
+    EXPECT_EQ(ZLR_RES_ERR_NONCONVEX, ZLR_optimize(task));
+    EXPECT_NE(std::string::npos, log.find("objective")) << log;
+    ASSERT_EQ(ZLR_RES_OK, ZLR_putqobj(task, 1, &sub2, &sub, &one)); /* a product alone is indefinite */
+    EXPECT_EQ(ZLR_RES_ERR_NONCONVEX, ZLR_optimize(task));
     ASSERT_EQ(ZLR_RES_OK, ZLR_putqobj(task, 1, &sub, &sub, &one));
+    ASSERT_EQ(ZLR_RES_OK, ZLR_putconname(task, 1, "bent"));
+    ASSERT_EQ(ZLR_RES_OK, ZLR_putqconk(task, 1, 1, &sub, &sub, &minus));
+    EXPECT_EQ(ZLR_RES_ERR_NONCONVEX, ZLR_optimize(task));
+    EXPECT_NE(std::string::npos, log.find("bent")) << log;
+    ASSERT_EQ(ZLR_RES_OK, ZLR_putqconk(task, 1, 1, &sub, &sub, &one));
+    ASSERT_EQ(ZLR_RES_OK, ZLR_putconbound(task, 1, ZLR_BK_FX, 1.0, 1.0));
+    EXPECT_EQ(ZLR_RES_ERR_QCON_EQUALITY, ZLR_optimize(task));
+    ASSERT_EQ(ZLR_RES_OK, ZLR_putconbound(task, 1, ZLR_BK_RA, 0.0, 1.0));
+    EXPECT_EQ(ZLR_RES_ERR_QCON_RANGE, ZLR_optimize(task));
+    ASSERT_EQ(ZLR_RES_OK, ZLR_putconbound(task, 1, ZLR_BK_UP, 0.0, 6.0));
+    ASSERT_EQ(ZLR_RES_OK, ZLR_putvartype(task, 0, ZLR_VAR_INT));
     EXPECT_EQ(ZLR_RES_ERR_NO_ENGINE, ZLR_optimize(task));
-    EXPECT_NE(std::string::npos, log.find("quadratic objective"));
-    EXPECT_EQ(0, defined(ZLR_SOL_BAS));
+    EXPECT_NE(std::string::npos, log.find("integer columns together with quadratic constraints")) << log;
+    EXPECT_EQ(0, defined(ZLR_SOL_ITR));
+    ASSERT_EQ(ZLR_RES_OK, ZLR_putvartype(task, 0, ZLR_VAR_CONT));
+    EXPECT_EQ(ZLR_RES_OK, ZLR_optimize(task));
+    EXPECT_EQ(ZLR_SOLSTA_OPTIMAL, get_solution(task, ZLR_SOL_ITR).solsta);
+}
+
+/* x^2 + y^2 <= t^2 with t at least 0 is a cone: the nearest point of t = 5 along (3, 4). */
+TEST_F(api_optimize, a_row_that_is_a_cone_in_disguise_is_solved)
+{
+    const int32_t i[] = {0, 1, 2};
+    const double q[] = {2.0, 2.0, -2.0};
+    fill(task,
+         {ZLR_SENSE_MAX, {3.0, 4.0, 0.0}, {{-inf, 0.0, {0.0, 0.0, 0.0}}}, {-inf, -inf, 0.0}, {inf, inf, 5.0}, {}, 0.0});
+    ASSERT_EQ(ZLR_putqconk(task, 0, 3, i, i, q), 0);
+    ASSERT_EQ(ZLR_optimize(task), 0);
+    const api_solution s = get_solution(task, ZLR_SOL_ITR);
+    EXPECT_EQ(s.solsta, ZLR_SOLSTA_OPTIMAL);
+    EXPECT_NEAR(s.primal, 25.0, 1e-5);
+    EXPECT_NEAR(s.xx[0], 3.0, 1e-5);
+    EXPECT_NEAR(s.xx[1], 4.0, 1e-5);
+    EXPECT_NEAR(s.y[0], 0.5, 1e-5); /* 3 = y 2x */
+    EXPECT_NE(log.find("cone in disguise"), std::string::npos) << log;
 }
 
 TEST_F(api_optimize, an_optimal_basis_needs_no_iterations)

@@ -19,7 +19,7 @@ enum outcome { HAS_OPTIMUM, IS_INFEASIBLE, IS_UNBOUNDED };
 /* As for a minimisation, until it is turned round. */
 struct built_problem {
     api_model m;
-    dense q0;                                       /* empty: none */
+    dense q0; /* empty: none */
     std::vector<std::pair<int32_t, dense>> q_rows;
     std::vector<built_cone> cones;
     std::vector<double> x, y, z; /* z: what the bounds and cones give to the gradient */
@@ -165,8 +165,7 @@ private:
             for (size_t i = 0; i < p->y.size(); i++) p->m.c[j] += p->y[i] * p->m.rows[i].a[j];
             for (const auto &[i, q] : p->q_rows) p->m.c[j] += p->y[static_cast<size_t>(i)] * product(q, p->x, j);
         }
-        p->optimum =
-            p->m.cfix + half(p->q0, p->x) + std::inner_product(p->x.begin(), p->x.end(), p->m.c.begin(), 0.0);
+        p->optimum = p->m.cfix + half(p->q0, p->x) + std::inner_product(p->x.begin(), p->x.end(), p->m.c.begin(), 0.0);
     }
 
     void spoil(built_problem *p)
