@@ -13,10 +13,10 @@ struct solution_view {
     const model *m = nullptr;
     int32_t kind = ZLR_SOL_BAS;
     check_tolerances tol;
-    solution sol;          /* a copy: activities computed anew, duals put on their sides, checked */
-    check_result found;    /* of that check */
+    solution sol;                      /* a copy: activities computed anew, duals put on their sides, checked */
+    check_result found;                /* of that check */
     std::vector<reduced_cost> reduced; /* by column; empty without duals */
-    size_t num_listed = 0; /* names in a list */
+    size_t num_listed = 0;             /* names in a list */
     std::string text;
 };
 

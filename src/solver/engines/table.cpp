@@ -300,6 +300,8 @@ static void plan_quadratic(const engine_table *table, const param_set *params, c
     if (!cones) plan->rounds.push_back({step_of(table->linear, METHOD_ACTIVE_SET, 1)});
     if (optimizer == OPTIMIZER_ACTIVE_SET)
         std::rotate(plan->rounds.begin(), plan->rounds.end() - 1, plan->rounds.end());
+    const auto most = static_cast<size_t>(param_int(params, IPAR_QP_MAX_ATTEMPTS));
+    if (most > 0 && plan->rounds.size() > most) plan->rounds.resize(most);
 }
 
 static void plan_integer(const engine_source *source, const param_set *params, const plan_machine *machine,

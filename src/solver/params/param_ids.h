@@ -93,7 +93,8 @@ enum {
     IPAR_PARAM_IGNORE_ERRORS = ZLR_IPAR_PARAM_IGNORE_ERRORS, /* 92 */
     IPAR_SENSITIVITY_ALL = ZLR_IPAR_SENSITIVITY_ALL,         /* 112 */
     IPAR_NONCONVEX = 113,                                    /* what is done with a problem that is not convex */
-    IPAR_QP_POLISH = 114                                     /* bounds and rows that hold become equations */
+    IPAR_QP_POLISH = 114,                                    /* bounds and rows that hold become equations */
+    IPAR_QP_MAX_ATTEMPTS = 115                               /* rounds of engines for quadratic and conic problems */
 };
 
 /* string */

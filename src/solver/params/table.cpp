@@ -208,6 +208,8 @@ static constexpr param_row rows[] = {
          "the problem is refused until then, and told so"),
     WORD(IPAR_QP_POLISH, "QP_POLISH", 1, 0, 1, "OFF=0 ON=1", nullptr,
          "Whether an answer of a quadratic problem is made exact: bounds and rows that hold become equations"),
+    INT(IPAR_QP_MAX_ATTEMPTS, "QP_MAX_ATTEMPTS", 0, 0, 100, "", nullptr,
+        "Attempts at a quadratic or conic problem, the first one or race included; 0: as many as help"),
 
     STR(SPAR_BAS_SOL_FILE, "BAS_SOL_FILE", "", "File that the basic solution is written to"),
     STR(SPAR_DATA_FILE, "DATA_FILE", "", "Problem file that is read"),
