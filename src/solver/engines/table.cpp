@@ -276,10 +276,17 @@ static plan_step unscaled(const engine_source *source, double tolerance)
     return step;
 }
 
+/* Whether a second engine may have a copy as well. */
+static bool fits_twice(const model *m, const plan_machine *machine)
+{
+    const double bytes = engine_bytes(m) + 200.0 * static_cast<double>(m->qobj.size());
+    return machine->memory_bytes == 0 || bytes <= 0.25 * static_cast<double>(machine->memory_bytes);
+}
+
 /* What an answer that misses the check, or only just passes it, is followed by: HiPO and the conic code stop for different
  * reasons, and each often ends where the other stalls. */
-static void plan_quadratic(const engine_table *table, const param_set *params, const plan_machine *machine, bool cones,
-                           engine_plan *plan)
+static void plan_quadratic(const engine_table *table, const model *m, const param_set *params,
+                           const plan_machine *machine, bool cones, engine_plan *plan)
 {
     const int32_t optimizer = param_int(params, IPAR_OPTIMIZER);
     const int32_t threads = num_threads(params, machine);
@@ -289,7 +296,8 @@ static void plan_quadratic(const engine_table *table, const param_set *params, c
     plan->sought[ZLR_SOL_ITR] = true;
     std::vector<plan_step> round;
     if (any_hipo) round.push_back(first_hipo(table->linear, params));
-    if (any_conic && (round.empty() || threads > 1)) round.push_back(first_conic(table->conic, params));
+    if (any_conic && (round.empty() || (threads > 1 && fits_twice(m, machine))))
+        round.push_back(first_conic(table->conic, params));
     if (!round.empty()) plan->rounds.push_back(std::move(round));
     if (any_hipo) plan->rounds.push_back({step_of(table->linear, METHOD_HIPO, 1)});
     plan->num_better = static_cast<int32_t>(plan->rounds.size());
@@ -339,7 +347,7 @@ engine_plan plan_make(const engine_table *table, const model *m, const param_set
         plan.refusal = std::string("The problem has integer columns together with ") + quadratic_part(type) +
                        ", which this version does not solve; -removeitg relaxes them.";
     } else if (type != ZLR_PROBTYPE_LO) {
-        plan_quadratic(table, params, machine, type != ZLR_PROBTYPE_QO, &plan);
+        plan_quadratic(table, m, params, machine, type != ZLR_PROBTYPE_QO, &plan);
         if (plan.rounds.empty())
             plan.refusal = std::string("The problem has ") + quadratic_part(type) + ", and no engine takes that.";
     } else if (model_num_int(m) > 0)
