@@ -143,28 +143,29 @@ static column_vector right_side(const model *m, const active_set *set, const kkt
     return b;
 }
 
-static double operations(const Eigen::SimplicialLDLT<matrix> &factor)
-{
-    const auto &l = factor.matrixL().nestedExpression();
-    double sum = 0.0;
-    for (Eigen::Index j = 0; j < l.cols(); j++) {
-        const auto count = static_cast<double>(l.outerIndexPtr()[j + 1] - l.outerIndexPtr()[j]);
-        sum += count * count;
+/* Eigen keeps to itself how many entries the factor will have, which is what it costs. */
+struct counted_factor : Eigen::SimplicialLDLT<matrix> {
+    double operations() const
+    {
+        double sum = 0.0;
+        for (Eigen::Index j = 0; j < m_nonZerosPerCol.size(); j++)
+            sum += static_cast<double>(m_nonZerosPerCol[j]) * static_cast<double>(m_nonZerosPerCol[j]);
+        return sum;
     }
-    return sum;
-}
+};
 
 /* Solves the scaled system from *z on, which is near a solution: where there is none, or more than one, it stays near.
  * False where the factors cost too much or fail. */
 static bool solve(const kkt_system *s, const column_vector &b, column_vector *z)
 {
     constexpr int32_t max_refinements = 40;
-    Eigen::SimplicialLDLT<matrix> factor;
+    counted_factor factor;
     matrix shifted = s->k;
 
+    if (s->size == 0) return true;
     for (Eigen::Index i = 0; i < s->size; i++) shifted.coeffRef(i, i) += i < s->num_columns ? shift : -shift;
     factor.analyzePattern(shifted);
-    if (operations(factor) > max_operations) return false;
+    if (factor.operations() > max_operations) return false;
     factor.factorize(shifted);
     if (factor.info() != Eigen::Success) return false;
     column_vector r = b - s->k.selfadjointView<Eigen::Lower>() * *z;
