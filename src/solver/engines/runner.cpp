@@ -113,13 +113,14 @@ static std::shared_ptr<engine_job> make_job(const run_order *order, const run_wa
     return job;
 }
 
-/* A single engine is loaded before its thread starts: the dynamic linker changes the address space in many small steps,
- * and each costs more, up to a third, once two threads share it. What fails here is told by the thread, which tries again.
- * Engines of a race load side by side. */
+/* Engines are loaded before their threads start. The dynamic linker changes the address space in many small steps, and
+ * each costs more, up to a third, once two threads share it. And a race may be over, and the process end, while an engine
+ * would still be loading: its data would be made and destroyed at the same time. What fails here is told by the thread,
+ * which tries again. */
 static void load_before(const std::vector<run_order> &orders)
 {
     std::string message;
-    if (orders.size() == 1) (void)orders[0].step.source->load(orders[0].step.source->name, &message);
+    for (const run_order &order : orders) (void)order.step.source->load(order.step.source->name, &message);
 }
 
 bool runner_start(runner *r, run_watch *watch, const std::vector<run_order> &orders)
