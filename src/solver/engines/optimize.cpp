@@ -157,6 +157,14 @@ static bool is_good_enough(const optimization *o)
     return !o->is_linear && o->round > 0 && is_over && best->solsta == ZLR_SOLSTA_OPTIMAL;
 }
 
+/* Whether a later round asks another engine than the first one, which may not be installed. */
+static bool has_other_engine(const optimization *o)
+{
+    const engine_source *first = o->plan.rounds[0][0].source;
+    return std::any_of(o->plan.rounds.begin(), o->plan.rounds.end(),
+                       [first](const std::vector<plan_step> &round) { return round[0].source != first; });
+}
+
 static void run_rounds(optimization *o)
 {
     for (const std::vector<plan_step> &round : o->plan.rounds) {
@@ -164,7 +172,7 @@ static void run_rounds(optimization *o)
         run_round(o, round);
         o->round++;
         if (o->watch.stop_code == ZLR_RES_OK) settle_claim(o);
-        if (is_over(o) || !o->any_engine) return;
+        if (is_over(o) || (!o->any_engine && !has_other_engine(o))) return;
     }
 }
 
@@ -192,10 +200,12 @@ static int32_t outcome_of(optimization *o)
     if (o->is_settled && o->limit_code != ZLR_RES_TRM_OBJECTIVE) return ZLR_RES_OK;
     if (o->watch.stop_code != ZLR_RES_OK) return o->watch.stop_code;
     if (o->limit_code != ZLR_RES_OK) return o->limit_code;
-    if (!o->any_engine)
+    if (!o->any_engine) {
+        const engine_source *first = o->plan.rounds[0][0].source;
         return tell(o, ZLR_RES_ERR_NO_ENGINE,
-                    std::string(o->table->linear->title) + " cannot be loaded: " + o->missing +
-                        ". To get it: " + o->table->linear->advice + ".");
+                    std::string(first->title) + " cannot be loaded: " + o->missing + ". To get it: " + first->advice +
+                        ".");
+    }
     if (has_answer(o)) return ZLR_RES_OK;
     if (!o->any_answer) return tell(o, ZLR_RES_ERR_ENGINE, "Every engine has failed: " + o->failures);
     return tell(o, ZLR_RES_TRM_STALL, "No engine has come to an answer that passes the check: " + o->failures);

@@ -176,6 +176,15 @@ TEST_F(optimize, a_missing_engine_is_told_by_name_with_how_to_get_it)
     EXPECT_EQ(ZLR_RES_ERR_NO_ENGINE, task.run.return_code);
 }
 
+TEST_F(optimize, the_engine_that_is_missing_is_the_one_that_is_named)
+{
+    const engine_table without_conic = {fake_table.linear, missing_table.linear};
+    task.problem->cones = {{ZLR_CT_QUAD, {0, 1}}};
+    EXPECT_EQ(ZLR_RES_ERR_NO_ENGINE, optimize_with(&task, &without_conic));
+    EXPECT_NE(std::string::npos, log.find("Missing cannot be loaded: no such file")) << log;
+    EXPECT_EQ(std::string::npos, log.find("Fake cannot be loaded")) << log;
+}
+
 TEST_F(optimize, what_no_engine_takes_is_refused_with_the_reason)
 {
     model *m = task.problem.get();
