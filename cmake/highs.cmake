@@ -11,7 +11,9 @@ endif()
 
 find_path(ZELOR_HIGHS_INCLUDE interfaces/highs_c_api.h
   HINTS ${_highs_prefix}/include/highs ${_highs_prefix}/include REQUIRED NO_CACHE)
-find_library(ZELOR_HIGHS_LIBRARY highs HINTS ${_highs_prefix}/lib ${_highs_prefix}/lib64 REQUIRED NO_CACHE)
+# lib/quick: the same library where it starts faster, see scripts/install-deps.
+find_library(ZELOR_HIGHS_LIBRARY highs
+  HINTS ${_highs_prefix}/lib/quick ${_highs_prefix}/lib ${_highs_prefix}/lib64 REQUIRED NO_CACHE)
 
 add_library(zelor_highs INTERFACE)
 target_include_directories(zelor_highs SYSTEM INTERFACE ${ZELOR_HIGHS_INCLUDE})
