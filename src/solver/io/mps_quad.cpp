@@ -101,9 +101,15 @@ int32_t bad_entry(mps_reader *r, const mps_quad_entry *e, const char *what)
                     second.c_str(), section_name(r->section), what);
 }
 
+/* Whether the entries of one place off the diagonal stand in both triangles. */
+bool in_both_triangles(const mps_quad_entry *e, size_t num)
+{
+    return std::any_of(e + 1, e + num, [e](const mps_quad_entry &other) { return other.i != e->i; });
+}
+
 /* Puts the entries of one place of the lower triangle together. A section that holds one triangle may list an entry
- * several times, in either triangle: they add up, which the files that do so rely on. One that holds all of Q has every
- * entry off the diagonal twice. */
+ * several times, a few of them in the other triangle: they add up, which the files that do so rely on. One that holds
+ * all of Q has every entry off the diagonal twice. */
 int32_t merge_group(mps_reader *r, const mps_quad_entry *e, size_t num, double *value)
 {
     *value = e->value;
@@ -121,6 +127,22 @@ int32_t merge_group(mps_reader *r, const mps_quad_entry *e, size_t num, double *
     if (num == 2 && e[0].i == e[1].i) return bad_entry(r, &e[1], "stands twice");
     if (num == 2 && e[0].value != e[1].value) return bad_entry(r, &e[1], "differs from its mirror image");
     return ZLR_RES_OK;
+}
+
+/* A section that gives both triangles of Q throughout is meant as all of it: added up, every entry off the diagonal would
+ * count twice. Returns the first such entry; null if a place stands in one triangle, or there is none off the diagonal.
+ */
+const mps_quad_entry *all_stand_in_both(const std::vector<mps_quad_entry> &sorted)
+{
+    const mps_quad_entry *first = nullptr;
+    for (size_t k = 0, num = 0; k < sorted.size(); k += num) {
+        const mps_quad_entry *e = &sorted[k];
+        for (num = 1; k + num < sorted.size() && !entry_before(*e, e[num]);) ++num;
+        if (e->i == e->j) continue;
+        if (!in_both_triangles(e, num)) return nullptr;
+        if (first == nullptr) first = e;
+    }
+    return first;
 }
 
 void keep_terms(mps_reader *r, std::vector<quad_term> *terms)
@@ -141,6 +163,11 @@ int32_t mps_end_quad(mps_reader *r)
     const double factor = r->section == mps_section::qcmatrix ? 2.0 : 1.0;
     if (!std::is_sorted(r->quad.begin(), r->quad.end(), entry_before))
         std::stable_sort(r->quad.begin(), r->quad.end(), entry_before);
+    const mps_quad_entry *twice = all_stand_in_both(r->quad);
+    if (twice != nullptr && !holds_all_of_q(r->section))
+        return bad_entry(r, twice,
+                         "stands in both triangles, as all the others off the diagonal do, where one triangle was "
+                         "expected: QMATRIX and QCMATRIX are for all of Q");
 
     for (size_t k = 0; k < r->quad.size();) {
         const mps_quad_entry *e = &r->quad[k];

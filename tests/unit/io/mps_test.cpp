@@ -99,10 +99,11 @@ const good_case good_cases[] = {
      "min 0 | RHS [-inf,3] | RHS [0,inf] 0 RHS:1 | ENDATA [0,inf] 2", nullptr},
     {"QUADOBJ, either triangle", "ROWS\n N o\nCOLUMNS\n x o 1\n y o 1\nQUADOBJ\n x x 2\n x y 3\n y y 4\nENDATA\n",
      "min 0 | x [0,inf] 1 | y [0,inf] 1 | q0,0:2 | q1,0:3 | q1,1:4", nullptr},
-    {"QUADOBJ adds up", "ROWS\n N o\nCOLUMNS\n x o 1\n y o 1\nQSECTION\n x y 3\n y x 4\n x x 1\n x x -1\nENDATA\n",
-     "min 0 | x [0,inf] 1 | y [0,inf] 1 | q1,0:7",
-     "t.mps(10): warning: 'x' has a quadratic entry that stands more than once: the values are added up.\n"
-     "t.mps(8): warning: 'y' has a quadratic entry in both triangles of a section that holds one: the values are added "
+    {"QUADOBJ adds up",
+     "ROWS\n N o\nCOLUMNS\n x o 1\n y o 1\n z o 1\nQSECTION\n x y 3\n y x 4\n z x 2\n x x 1\n x x -1\nENDATA\n",
+     "min 0 | x [0,inf] 1 | y [0,inf] 1 | z [0,inf] 1 | q1,0:7 | q2,0:2",
+     "t.mps(12): warning: 'x' has a quadratic entry that stands more than once: the values are added up.\n"
+     "t.mps(9): warning: 'y' has a quadratic entry in both triangles of a section that holds one: the values are added "
      "up."},
     {"QMATRIX", "ROWS\n N o\nCOLUMNS\n x o 1\n y o 1\nQMATRIX\n x x 2\n x y 3\n y x 3\nENDATA\n",
      "min 0 | x [0,inf] 1 | y [0,inf] 1 | q0,0:2 | q1,0:3", nullptr},
@@ -216,6 +217,9 @@ const bad_case bad_cases[] = {
     {"quadratic entry without a number", HEAD "QUADOBJ\n x x\n", wrong, "t.mps(11): found the end of the line"},
     {"half a QMATRIX", HEAD " y a 1\nQMATRIX\n x y 1\nENDATA\n", wrong,
      "t.mps(12): the entry of 'x' and 'y' in QMATRIX has no mirror image"},
+    {"QUADOBJ with both triangles",
+     "ROWS\n N o\nCOLUMNS\n x o 1\n y o 1\n z o 1\nQUADOBJ\n x x 2\n x y 3\n y x 3\n y z 1\n z y 1\nENDATA\n", wrong,
+     "t.mps(9): the entry of 'x' and 'y' in QUADOBJ stands in both triangles, as all the others"},
     {"QMATRIX not symmetric", HEAD " y a 1\nQMATRIX\n x y 1\n y x 2\nENDATA\n", wrong,
      "t.mps(13): the entry of 'y' and 'x' in QMATRIX differs"},
     {"QCMATRIX entry twice", HEAD "QCMATRIX a\n x x 1\n x x 1\nENDATA\n", wrong, "t.mps(12): the entry of 'x' and 'x'"},
