@@ -30,6 +30,15 @@ template <class body_type> int32_t api_guard(ZLR_task *task, body_type &&body) n
 template <class body_type> int32_t api_task(ZLR_task *task, body_type &&body) noexcept
 {
     if (task == nullptr) return ZLR_RES_ERR_NULL_HANDLE;
+    model_close_columns(task->problem.get());
+    return api_guard(task, body);
+}
+
+/* For entries that do not look at the matrix, so that a task that is filled column by column, with the bounds, costs and
+ * names of each between, is filled in linear time. */
+template <class body_type> int32_t api_task_filling(ZLR_task *task, body_type &&body) noexcept
+{
+    if (task == nullptr) return ZLR_RES_ERR_NULL_HANDLE;
     return api_guard(task, body);
 }
 

@@ -14,7 +14,7 @@ static bool any_nan(int32_t num, const double *value)
 /* Size hints: they reserve room, so that filling a task of known size allocates once. */
 int32_t ZLR_putmaxnumcon(ZLR_task *task, int32_t num)
 {
-    return api_task(task, [&]() -> int32_t {
+    return api_task_filling(task, [&]() -> int32_t {
         if (num < 0) return ZLR_RES_ERR_ARGUMENT;
         const auto size = static_cast<size_t>(num);
         model *m = task->problem.get();
@@ -26,7 +26,7 @@ int32_t ZLR_putmaxnumcon(ZLR_task *task, int32_t num)
 
 int32_t ZLR_putmaxnumvar(ZLR_task *task, int32_t num)
 {
-    return api_task(task, [&]() -> int32_t {
+    return api_task_filling(task, [&]() -> int32_t {
         if (num < 0) return ZLR_RES_ERR_ARGUMENT;
         const auto size = static_cast<size_t>(num);
         model *m = task->problem.get();
@@ -41,7 +41,7 @@ int32_t ZLR_putmaxnumvar(ZLR_task *task, int32_t num)
 
 int32_t ZLR_putmaxnumanz(ZLR_task *task, int64_t num)
 {
-    return api_task(task, [&]() -> int32_t {
+    return api_task_filling(task, [&]() -> int32_t {
         if (num < 0) return ZLR_RES_ERR_ARGUMENT;
         model *m = task->problem.get();
         m->a.row.reserve(static_cast<size_t>(num));
@@ -52,7 +52,7 @@ int32_t ZLR_putmaxnumanz(ZLR_task *task, int64_t num)
 
 int32_t ZLR_putmaxnumqnz(ZLR_task *task, int64_t num)
 {
-    return api_task(task, [&]() -> int32_t {
+    return api_task_filling(task, [&]() -> int32_t {
         if (num < 0) return ZLR_RES_ERR_ARGUMENT;
         /* The terms may belong to the objective or to any row: no place to reserve yet. */
         return ZLR_RES_OK;
@@ -95,17 +95,17 @@ static int32_t put_bound(ZLR_task *task, int32_t accessor, int32_t index, int32_
 
 int32_t ZLR_putconbound(ZLR_task *task, int32_t i, int32_t key, double lower, double upper)
 {
-    return api_task(task, [&]() -> int32_t { return put_bound(task, ZLR_ACC_CON, i, key, lower, upper); });
+    return api_task_filling(task, [&]() -> int32_t { return put_bound(task, ZLR_ACC_CON, i, key, lower, upper); });
 }
 
 int32_t ZLR_putvarbound(ZLR_task *task, int32_t j, int32_t key, double lower, double upper)
 {
-    return api_task(task, [&]() -> int32_t { return put_bound(task, ZLR_ACC_VAR, j, key, lower, upper); });
+    return api_task_filling(task, [&]() -> int32_t { return put_bound(task, ZLR_ACC_VAR, j, key, lower, upper); });
 }
 
 int32_t ZLR_getbound(ZLR_task *task, int32_t accessor, int32_t index, int32_t *key, double *lower, double *upper)
 {
-    return api_task(task, [&]() -> int32_t {
+    return api_task_filling(task, [&]() -> int32_t {
         if (accessor != ZLR_ACC_CON && accessor != ZLR_ACC_VAR) return ZLR_RES_ERR_ARGUMENT;
         const model *m = task->problem.get();
         const bool rows = accessor == ZLR_ACC_CON;
@@ -122,7 +122,7 @@ int32_t ZLR_getbound(ZLR_task *task, int32_t accessor, int32_t index, int32_t *k
 
 int32_t ZLR_putobjsense(ZLR_task *task, int32_t sense)
 {
-    return api_task(task, [&]() -> int32_t {
+    return api_task_filling(task, [&]() -> int32_t {
         if (sense != ZLR_SENSE_MIN && sense != ZLR_SENSE_MAX) return ZLR_RES_ERR_ARGUMENT;
         task_edit(task)->sense = sense;
         return ZLR_RES_OK;
@@ -138,7 +138,7 @@ int32_t ZLR_getobjsense(ZLR_task *task, int32_t *sense)
 
 int32_t ZLR_putcfix(ZLR_task *task, double cfix)
 {
-    return api_task(task, [&]() -> int32_t {
+    return api_task_filling(task, [&]() -> int32_t {
         if (std::isnan(cfix)) return ZLR_RES_ERR_NAN;
         if (std::isinf(cfix)) return ZLR_RES_ERR_ARGUMENT;
         task_edit(task)->cfix = cfix;
@@ -148,7 +148,7 @@ int32_t ZLR_putcfix(ZLR_task *task, double cfix)
 
 int32_t ZLR_putclist(ZLR_task *task, int32_t num, const int32_t *sub, const double *value)
 {
-    return api_task(task, [&]() -> int32_t {
+    return api_task_filling(task, [&]() -> int32_t {
         if (num < 0) return ZLR_RES_ERR_ARGUMENT;
         if (num > 0 && (sub == nullptr || value == nullptr)) return ZLR_RES_ERR_NULL_POINTER;
         for (int32_t k = 0; k < num; ++k) {
@@ -164,7 +164,7 @@ int32_t ZLR_putclist(ZLR_task *task, int32_t num, const int32_t *sub, const doub
 
 int32_t ZLR_getc(ZLR_task *task, double *c)
 {
-    return api_task(task, [&]() -> int32_t {
+    return api_task_filling(task, [&]() -> int32_t {
         if (c != nullptr) std::copy(task->problem->c.begin(), task->problem->c.end(), c);
         return ZLR_RES_OK;
     });
@@ -190,7 +190,7 @@ static int32_t quad_terms(const model *m, int32_t num, const int32_t *subi, cons
 
 int32_t ZLR_putqobj(ZLR_task *task, int32_t num, const int32_t *subi, const int32_t *subj, const double *value)
 {
-    return api_task(task, [&]() -> int32_t {
+    return api_task_filling(task, [&]() -> int32_t {
         std::vector<quad_term> terms;
         const int32_t res = quad_terms(task->problem.get(), num, subi, subj, value, &terms);
         if (res == ZLR_RES_OK) task_edit(task)->qobj = std::move(terms);
@@ -201,7 +201,7 @@ int32_t ZLR_putqobj(ZLR_task *task, int32_t num, const int32_t *subi, const int3
 int32_t ZLR_putqconk(ZLR_task *task, int32_t i, int32_t num, const int32_t *subi, const int32_t *subj,
                      const double *value)
 {
-    return api_task(task, [&]() -> int32_t {
+    return api_task_filling(task, [&]() -> int32_t {
         if (bad_index(i, task->problem->num_con)) return ZLR_RES_ERR_INDEX;
         std::vector<quad_term> terms;
         const int32_t res = quad_terms(task->problem.get(), num, subi, subj, value, &terms);
@@ -223,7 +223,7 @@ int32_t ZLR_putqconk(ZLR_task *task, int32_t i, int32_t num, const int32_t *subi
 
 int32_t ZLR_putmaxnumcone(ZLR_task *task, int32_t num)
 {
-    return api_task(task, [&]() -> int32_t {
+    return api_task_filling(task, [&]() -> int32_t {
         if (num < 0) return ZLR_RES_ERR_ARGUMENT;
         task_edit(task)->cones.reserve(static_cast<size_t>(num));
         return ZLR_RES_OK;
@@ -232,7 +232,7 @@ int32_t ZLR_putmaxnumcone(ZLR_task *task, int32_t num)
 
 int32_t ZLR_appendcone(ZLR_task *task, int32_t type, double param, int32_t num, const int32_t *sub)
 {
-    return api_task(task, [&]() -> int32_t {
+    return api_task_filling(task, [&]() -> int32_t {
         const model *m = task->problem.get();
         if (num < 0 || !std::isfinite(param)) return ZLR_RES_ERR_ARGUMENT;
         if (num > 0 && sub == nullptr) return ZLR_RES_ERR_NULL_POINTER;
@@ -262,9 +262,23 @@ int32_t ZLR_getcone(ZLR_task *task, int32_t k, int32_t *type, int32_t *num, int3
     });
 }
 
+/* Whether an index occurs twice. Columns are short as a rule: those are compared as they stand. */
+static bool has_twice(int32_t num, const int32_t *sub)
+{
+    constexpr int32_t few = 16;
+    if (num > few) {
+        std::vector<int32_t> sorted(sub, sub + num);
+        std::sort(sorted.begin(), sorted.end());
+        return std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end();
+    }
+    for (int32_t k = 1; k < num; ++k)
+        if (std::find(sub, sub + k, sub[k]) != sub + k) return true;
+    return false;
+}
+
 int32_t ZLR_putacol(ZLR_task *task, int32_t j, int32_t num, const int32_t *sub, const double *value)
 {
-    return api_task(task, [&]() -> int32_t {
+    return api_task_filling(task, [&]() -> int32_t {
         const model *m = task->problem.get();
         if (bad_index(j, m->num_var)) return ZLR_RES_ERR_INDEX;
         if (num < 0) return ZLR_RES_ERR_ARGUMENT;
@@ -272,29 +286,33 @@ int32_t ZLR_putacol(ZLR_task *task, int32_t j, int32_t num, const int32_t *sub, 
         if (any_nan(num, value)) return ZLR_RES_ERR_NAN;
 
         const double drop = param_dou(&task->params, DPAR_DATA_TOL_COEF);
-        std::vector<int32_t> row;
-        std::vector<double> coef;
-        row.reserve(static_cast<size_t>(num));
-        coef.reserve(static_cast<size_t>(num));
+        int32_t num_dropped = 0;
         for (int32_t k = 0; k < num; ++k) {
             if (bad_index(sub[k], m->num_con)) return ZLR_RES_ERR_INDEX;
             if (std::isinf(value[k])) return ZLR_RES_ERR_ARGUMENT;
+            if (std::fabs(value[k]) < drop || value[k] == 0.0) ++num_dropped;
+        }
+        if (has_twice(num, sub)) return ZLR_RES_ERR_ARGUMENT;
+        if (num_dropped == 0) {
+            model_put_column_open(task_edit(task), j, num, sub, value);
+            return ZLR_RES_OK;
+        }
+
+        std::vector<int32_t> row;
+        std::vector<double> coef;
+        for (int32_t k = 0; k < num; ++k) {
             if (std::fabs(value[k]) < drop || value[k] == 0.0) continue;
             row.push_back(sub[k]);
             coef.push_back(value[k]);
         }
-        std::vector<int32_t> sorted(sub, sub + num);
-        std::sort(sorted.begin(), sorted.end());
-        if (std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end()) return ZLR_RES_ERR_ARGUMENT;
-
-        model_put_column(task_edit(task), j, static_cast<int32_t>(row.size()), row.data(), coef.data());
+        model_put_column_open(task_edit(task), j, static_cast<int32_t>(row.size()), row.data(), coef.data());
         return ZLR_RES_OK;
     });
 }
 
 int32_t ZLR_putvartype(ZLR_task *task, int32_t j, int32_t type)
 {
-    return api_task(task, [&]() -> int32_t {
+    return api_task_filling(task, [&]() -> int32_t {
         if (bad_index(j, task->problem->num_var)) return ZLR_RES_ERR_INDEX;
         if (type != ZLR_VAR_CONT && type != ZLR_VAR_INT) return ZLR_RES_ERR_ARGUMENT;
         task_edit(task)->var_type[static_cast<size_t>(j)] = static_cast<uint8_t>(type);
@@ -312,7 +330,7 @@ int32_t ZLR_puttaskname(ZLR_task *task, const char *name)
 
 int32_t ZLR_putobjname(ZLR_task *task, const char *name)
 {
-    return api_task(task, [&]() -> int32_t {
+    return api_task_filling(task, [&]() -> int32_t {
         task_own_problem(task)->obj_name = name != nullptr ? name : "";
         return ZLR_RES_OK;
     });
@@ -320,7 +338,7 @@ int32_t ZLR_putobjname(ZLR_task *task, const char *name)
 
 int32_t ZLR_putconname(ZLR_task *task, int32_t i, const char *name)
 {
-    return api_task(task, [&]() -> int32_t {
+    return api_task_filling(task, [&]() -> int32_t {
         if (bad_index(i, task->problem->num_con)) return ZLR_RES_ERR_INDEX;
         names_put(&task_own_problem(task)->con_names, i, name != nullptr ? name : "");
         return ZLR_RES_OK;
@@ -329,7 +347,7 @@ int32_t ZLR_putconname(ZLR_task *task, int32_t i, const char *name)
 
 int32_t ZLR_putvarname(ZLR_task *task, int32_t j, const char *name)
 {
-    return api_task(task, [&]() -> int32_t {
+    return api_task_filling(task, [&]() -> int32_t {
         if (bad_index(j, task->problem->num_var)) return ZLR_RES_ERR_INDEX;
         names_put(&task_own_problem(task)->var_names, j, name != nullptr ? name : "");
         return ZLR_RES_OK;
@@ -338,7 +356,7 @@ int32_t ZLR_putvarname(ZLR_task *task, int32_t j, const char *name)
 
 int32_t ZLR_getconname(ZLR_task *task, int32_t i, int32_t capacity, char *name)
 {
-    return api_task(task, [&]() -> int32_t {
+    return api_task_filling(task, [&]() -> int32_t {
         if (bad_index(i, task->problem->num_con)) return ZLR_RES_ERR_INDEX;
         if (capacity < 1) return ZLR_RES_ERR_ARGUMENT;
         api_copy_text(name, static_cast<size_t>(capacity), names_shown(&task->problem->con_names, i, 'c'));
@@ -348,7 +366,7 @@ int32_t ZLR_getconname(ZLR_task *task, int32_t i, int32_t capacity, char *name)
 
 int32_t ZLR_getvarname(ZLR_task *task, int32_t j, int32_t capacity, char *name)
 {
-    return api_task(task, [&]() -> int32_t {
+    return api_task_filling(task, [&]() -> int32_t {
         if (bad_index(j, task->problem->num_var)) return ZLR_RES_ERR_INDEX;
         if (capacity < 1) return ZLR_RES_ERR_ARGUMENT;
         api_copy_text(name, static_cast<size_t>(capacity), names_shown(&task->problem->var_names, j, 'x'));
@@ -372,14 +390,15 @@ int32_t ZLR_getnumvar(ZLR_task *task, int32_t *num)
 
 int32_t ZLR_getnumanz(ZLR_task *task, int64_t *num)
 {
-    if (task == nullptr) return ZLR_RES_ERR_NULL_HANDLE;
-    api_put(num, model_num_nz(task->problem.get()));
-    return ZLR_RES_OK;
+    return api_task(task, [&]() -> int32_t {
+        api_put(num, model_num_nz(task->problem.get()));
+        return ZLR_RES_OK;
+    });
 }
 
 int32_t ZLR_getnumcone(ZLR_task *task, int32_t *num)
 {
-    return api_task(task, [&]() -> int32_t {
+    return api_task_filling(task, [&]() -> int32_t {
         api_put(num, model_num_cones(task->problem.get()));
         return ZLR_RES_OK;
     });

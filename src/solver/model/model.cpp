@@ -63,6 +63,40 @@ void model_put_column(model *m, int32_t j, int32_t num, const int32_t *row, cons
     for (size_t k = col + 1; k < a->start.size(); ++k) a->start[k] += change;
 }
 
+void model_close_columns(model *m)
+{
+    if (m->open_column < 0) return;
+    const auto first = static_cast<size_t>(m->open_column) + 2;
+    m->open_column = -1;
+    const auto end = static_cast<int64_t>(m->a.row.size());
+    for (size_t k = first; k < m->a.start.size(); ++k) m->a.start[k] = end;
+}
+
+void model_put_column_open(model *m, int32_t j, int32_t num, const int32_t *row, const double *value)
+{
+    sparse_columns *a = &m->a;
+    const auto col = static_cast<size_t>(j);
+    if (j <= m->open_column) model_close_columns(m);
+    const auto end = static_cast<int64_t>(a->row.size());
+    if (m->open_column < 0 && a->start[col] != end) {
+        model_put_column(m, j, num, row, value);
+        return;
+    }
+    if (m->open_column >= 0)
+        for (size_t k = static_cast<size_t>(m->open_column) + 2; k <= col; ++k) a->start[k] = end;
+    m->open_column = j - 1;
+    /* Room for both first: memory that runs out between the two would leave them of different lengths. */
+    const size_t needed = a->row.size() + static_cast<size_t>(num);
+    if (needed > std::min(a->row.capacity(), a->value.capacity())) {
+        a->row.reserve(std::max(needed, 2 * a->row.size()));
+        a->value.reserve(a->row.capacity());
+    }
+    a->row.insert(a->row.end(), row, row + num);
+    a->value.insert(a->value.end(), value, value + num);
+    a->start[col + 1] = end + num;
+    m->open_column = j;
+}
+
 namespace
 {
 bool quad_before(const quad_term &a, const quad_term &b) { return a.i != b.i ? a.i < b.i : a.j < b.j; }

@@ -9,7 +9,8 @@
  * its row numbers are in range and occur once a column, in the order given; bounds that do not exist are -infinity or
  * +infinity (IEEE), never a large number; nothing is NaN. A lower bound may lie above its upper bound: such a problem
  * is infeasible, not invalid. Quadratic terms are the lower triangle of Q (i >= j), each entry once.
- * A cone has at least two members, a rotated one three, and a column is in one cone at most.
+ * A cone has at least two members, a rotated one three, and a column is in one cone at most. While columns are put one
+ * after another, the starts behind the last one wait (model_put_column_open): model_close_columns writes them.
  *
  * Readers fill a fresh model that the task takes over on success. A task shares its model with running engines: it is
  * copied before it is changed while others hold it (task_edit in task.h). */
@@ -60,6 +61,7 @@ struct model {
     std::vector<double> var_lower, var_upper;
     std::vector<uint8_t> var_type; /* ZLR_VAR_CONT or ZLR_VAR_INT */
     sparse_columns a;
+    int32_t open_column = -1; /* the starts behind that of this column and its end wait; -1: none do */
     std::vector<quad_term> qobj;
     std::vector<quad_row> qcon; /* ascending by row, none empty */
     std::vector<model_cone> cones;
@@ -77,6 +79,11 @@ int32_t model_problem_type(const model *m); /* ZLR_PROBTYPE_... */
 
 /* Replaces column j by `num` entries. The caller has checked rows and values. */
 void model_put_column(model *m, int32_t j, int32_t num, const int32_t *row, const double *value);
+
+/* The same, at a cost that does not grow with the columns behind j where those are empty; model_close_columns is due
+ * before anyone looks at the matrix. */
+void model_put_column_open(model *m, int32_t j, int32_t num, const int32_t *row, const double *value);
+void model_close_columns(model *m);
 
 /* Sorts by (i, j) and adds up repeated entries; entries that cancel out to 0 go. Swaps i and j where i < j. */
 void quad_normalise(std::vector<quad_term> *terms);

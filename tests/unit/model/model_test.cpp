@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <gtest/gtest.h>
+#include <random>
 
 namespace
 {
@@ -51,6 +52,34 @@ TEST(Model, PutColumn)
     model_append_vars(&m, 1);
     put(&m, 3, {1}, {1.0});
     EXPECT_EQ(m.a.start, (std::vector<int64_t>{0, 0, 1, 1, 2}));
+}
+
+/* Columns that are put in any order with the starts left open are those that are put one by one. */
+TEST(Model, PutColumnOpen)
+{
+    std::mt19937 random(7);
+    constexpr int32_t num_var = 6;
+    for (int round = 0; round < 300; ++round) {
+        model open, plain;
+        for (model *m : {&open, &plain}) {
+            model_append_cons(m, 3);
+            model_append_vars(m, num_var);
+        }
+        for (int32_t k = 0; k < 10; ++k) {
+            /* mostly the next one, as a task is filled */
+            const auto j = static_cast<int32_t>(random() % 4 == 0 ? random() % num_var : static_cast<uint32_t>(k) % num_var);
+            const std::vector<int32_t> row = {2, 0, 1};
+            const std::vector<double> value = {1.0 * k, 2.0 * k, 3.0 * k};
+            const auto num = static_cast<int32_t>(random() % 4);
+            model_put_column_open(&open, j, num, row.data(), value.data());
+            model_put_column(&plain, j, num, row.data(), value.data());
+            if (random() % 8 == 0) model_close_columns(&open);
+        }
+        model_close_columns(&open);
+        EXPECT_EQ(open.a.start, plain.a.start);
+        EXPECT_EQ(open.a.row, plain.a.row);
+        EXPECT_EQ(open.a.value, plain.a.value);
+    }
 }
 
 TEST(Model, ProblemType)
