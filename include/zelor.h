@@ -215,8 +215,9 @@ typedef struct ZLR_progress {
     double dual_obj;    /* best known dual objective (integer: the bound) */
 } ZLR_progress;
 
-/* The progress callback, polled at least twenty times a second while the optimiser runs. A result that is not 0 asks
- * for a stop: ZLR_optimize then returns ZLR_RES_TRM_USER_STOP within 0.2 s and keeps the best solution found. */
+/* The progress callback, polled at least twenty times a second while the optimiser runs, or another entry that asks engines
+ * or makes factors. A result that is not 0 asks for a stop: ZLR_optimize then returns ZLR_RES_TRM_USER_STOP within 0.2 s and
+ * keeps the best solution found. */
 typedef int32_t (*ZLR_callbackfunc)(ZLR_task *task, void *handle, const ZLR_progress *progress);
 
 /* Structure of the nonlinear part; null pointers are items that are not wanted. Returns 0, or not 0 for a failure. */
@@ -557,7 +558,8 @@ ZLR_API int32_t ZLR_primalrepair(ZLR_task *task, const double *wlc, const double
  * columns that are at least 0 by their bounds, as x^2 + y^2 <= t^2, becomes that cone, and stays as a row without sides.
  * Solutions are dropped. What became what is told on the message stream. A task without quadratic parts stays as it is.
  * Returns ZLR_RES_ERR_NONCONVEX, ZLR_RES_ERR_QCON_EQUALITY or ZLR_RES_ERR_QCON_RANGE, with the row or the objective named on
- * the error stream, and the task as it was. */
+ * the error stream, or ZLR_RES_TRM_USER_STOP where the progress callback asks for it, within 0.2 s; then with the task as
+ * it was. TIME_LIMIT is for optimisations, and does not end this. */
 ZLR_API int32_t ZLR_toconic(ZLR_task *task);
 
 /* ---- Not available in this version -------------------------------------------------------------------------------- */

@@ -20,8 +20,8 @@ struct convexity {
 };
 
 /* The first thing that is wrong, the objective first, then by row: ZLR_RES_ERR_NONCONVEX, ZLR_RES_ERR_QCON_EQUALITY or
- * ZLR_RES_ERR_QCON_RANGE. */
-convexity convexity_check(const model *m);
+ * ZLR_RES_ERR_QCON_RANGE. Means nothing where the effort was given up. */
+convexity convexity_check(const model *m, work_effort *effort = nullptr);
 
 /* Which sign a form needs: 1 positive, -1 negative semidefinite, 0 none. For rows with one side. */
 double convexity_objective_sign(const model *m);

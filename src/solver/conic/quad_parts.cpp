@@ -56,9 +56,13 @@ static std::vector<int32_t> part_numbers(size_t num, const std::vector<quad_term
     return part;
 }
 
-quad_parts quad_split(const std::vector<quad_term> &terms)
+/* Sorting and two counting sorts, by the term. */
+static constexpr double split_steps = 60.0;
+
+quad_parts quad_split(const std::vector<quad_term> &terms, work_effort *effort)
 {
     quad_parts out;
+    if (!effort_take(effort, split_steps * static_cast<double>(terms.size()))) return out;
     out.is_finite = std::all_of(terms.begin(), terms.end(), [](const quad_term &t) { return std::isfinite(t.value); });
     if (!out.is_finite) return out;
 

@@ -2,9 +2,11 @@
  *
  * Two columns are connected where they have a term together. Parts have no term in common, so a form is positive
  * semidefinite when each part is, and it is factored part by part: a diagonal form costs no more than a pass over it.
- * */
+ * Other parts can cost as much as a full matrix of their size: what takes an effort (effort.h) may give it up, which
+ * whoever gave it has to look for. Without one everything is done. */
 #pragma once
 
+#include "solver/conic/effort.h"
 #include "solver/model/model.h"
 
 #include <string>
@@ -29,7 +31,7 @@ struct quad_part {
     int64_t num_terms;
 };
 
-quad_parts quad_split(const std::vector<quad_term> &terms);
+quad_parts quad_split(const std::vector<quad_term> &terms, work_effort *effort = nullptr);
 inline int32_t quad_num_parts(const quad_parts *parts) { return static_cast<int32_t>(parts->first.size()) - 1; }
 quad_part quad_part_at(const quad_parts *parts, int32_t p);
 
@@ -53,7 +55,7 @@ struct quad_witness {
 };
 
 /* Whether a part has the sign. Where not, and `witness` is not null, it gets a point that shows it. */
-bool quad_part_has_sign(const quad_part *part, double sign, quad_witness *witness);
+bool quad_part_has_sign(const quad_part *part, double sign, quad_witness *witness, work_effort *effort = nullptr);
 
 /* ---- factors */
 
@@ -68,4 +70,4 @@ inline int64_t forms_num(const linear_forms *forms) { return static_cast<int64_t
 /* Appends F with F'F = sign * Q for a part that has the sign, with as many rows as Q has rank. Exact up to rounding;
  * large sparse parts that are singular, up to 1e-12 of the diagonal, more only where Q itself is that far from
  * semidefinite. */
-void quad_part_factor(const quad_part *part, double sign, linear_forms *forms);
+void quad_part_factor(const quad_part *part, double sign, linear_forms *forms, work_effort *effort = nullptr);

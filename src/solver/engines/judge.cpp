@@ -1,6 +1,7 @@
 /* judge.cpp - what engines say, held against the task's own data. See optimize.h. */
 #include "solver/engines/certificate.h"
 #include "solver/engines/optimize.h"
+#include "solver/engines/own_work.h"
 #include "solver/engines/polish.h"
 
 #include <algorithm>
@@ -101,6 +102,24 @@ static check_result mapped_solution(const optimization *o, const engine_answer *
     return found;
 }
 
+/* A stop leaves the answer as it is. */
+static void polish(optimization *o, solution *sol, check_result *found)
+{
+    struct polished {
+        solution sol;
+        check_result found;
+    };
+    const auto from = std::make_shared<const polished>(polished{*sol, *found});
+    const auto to = std::make_shared<polished>();
+    const own_work work = [problem = o->problem, tol = o->tol, from, to](work_effort *effort) {
+        *to = *from;
+        polish_solution(problem.get(), &tol, effort, &to->sol, &to->found);
+    };
+    if (!own_work_do(&o->watch, work)) return;
+    *sol = std::move(to->sol);
+    *found = to->found;
+}
+
 /* Takes a point with its duals. An optimal one settles the task. */
 static bool judge_point(optimization *o, const run_entry *e)
 {
@@ -116,8 +135,7 @@ static bool judge_point(optimization *o, const run_entry *e)
                                                 : mapped_solution(o, &e->answer, &sol);
     if (!sol.defined) return false;
     if (model_problem_type(m) == ZLR_PROBTYPE_QO && param_int(&o->task->params, IPAR_QP_POLISH) != 0)
-        polish_solution(
-            m, &o->tol, [o] { return watch_poll(&o->watch, nullptr); }, &sol, &found);
+        polish(o, &sol, &found);
     const bool optimal = sol.solsta == ZLR_SOLSTA_OPTIMAL;
     const bool claims = e->answer.status == ENGINE_OPTIMAL || e->answer.status == ENGINE_UNKNOWN;
     if (kind == ZLR_SOL_BAS && !sol.has_keys) {

@@ -3,6 +3,7 @@
 #include "solver/engines/aside.h"
 #include "solver/engines/engines.h"
 #include "solver/engines/machine.h"
+#include "solver/engines/quadratic.h"
 #include "solver/report/clock.h"
 
 #include <algorithm>
@@ -269,34 +270,38 @@ static bool solve_trivial(optimization *o)
     return true;
 }
 
-/* Quadratic parts are looked at before any engine runs: engines do not see that a problem is not convex, or see it late.
- * Quadratic rows become cones. */
-static void look_at_quadratic(optimization *o)
+/* Whether the problem is convex; quadratic rows become cones. False: stopped. */
+static bool look_at_quadratic(optimization *o)
 {
-    std::string message;
+    quadratic_look found;
     const model *m = o->problem.get();
-    if (o->is_linear || !o->plan.refusal.empty() || (m->qobj.empty() && m->qcon.empty())) return;
-    if (m->qcon.empty()) {
-        const convexity found = convexity_check(m);
-        o->refusal_code = found.code;
-        message = found.message;
-    } else {
-        std::shared_ptr<model> form;
-        o->refusal_code = conic_form(m, true, &form, &o->map, &message);
-        if (o->refusal_code == ZLR_RES_OK) o->given = form;
-    }
+    if (o->is_linear || !o->plan.refusal.empty() || (m->qobj.empty() && m->qcon.empty())) return true;
+    if (!quadratic_look_at(&o->watch, o->problem, m->qcon.empty() ? QUADRATIC_CHECK : QUADRATIC_ROWS, &found))
+        return false;
+    o->refusal_code = found.code;
     if (o->refusal_code == ZLR_RES_OK) {
+        o->map = std::move(found.map);
+        if (found.form != nullptr) o->given = std::move(found.form);
         const size_t num = o->map.disguised.size();
         if (num > 0)
             progress_note(&o->watch.table, (std::to_string(num) + (num == 1 ? " row is a cone" : " rows are cones") +
                                             " in disguise and taken as that.")
                                                .c_str());
-        return;
+        return true;
     }
-    streams_write(&o->task->streams, ZLR_STREAM_ERR, message.c_str());
+    streams_write(&o->task->streams, ZLR_STREAM_ERR, found.message.c_str());
     if (o->refusal_code == ZLR_RES_ERR_NONCONVEX && param_int(&o->task->params, IPAR_NONCONVEX) == NONCONVEX_LOCAL)
         streams_write(&o->task->streams, ZLR_STREAM_ERR,
                       "NONCONVEX=LOCAL needs a nonlinear engine, and this version has none.\n");
+    return true;
+}
+
+/* Before it is known whether the problem is convex nothing is said about solutions: the task keeps those that it has, and
+ * gets no others. */
+static void keep_solutions(optimization *o)
+{
+    std::fill(std::begin(o->plan.sought), std::end(o->plan.sought), false);
+    for (int32_t kind = 0; kind < 3; kind++) o->best[kind] = std::move(o->task->sol[kind]);
 }
 
 int32_t optimize_with(ZLR_task *task, const engine_table *table)
@@ -305,8 +310,10 @@ int32_t optimize_with(ZLR_task *task, const engine_table *table)
     int32_t code = ZLR_RES_OK;
 
     begin(&o, task, table);
-    look_at_quadratic(&o);
-    if (o.refusal_code != ZLR_RES_OK) {
+    if (!look_at_quadratic(&o)) {
+        code = o.watch.stop_code;
+        keep_solutions(&o);
+    } else if (o.refusal_code != ZLR_RES_OK) {
         code = o.refusal_code;
     } else if (!o.plan.refusal.empty()) {
         code = tell(&o, ZLR_RES_ERR_NO_ENGINE, o.plan.refusal);

@@ -6,12 +6,11 @@
  * primal-dual active set strategy as a semismooth Newton method", 2002). */
 #pragma once
 
+#include "solver/conic/effort.h"
 #include "solver/engines/check.h"
 
-#include <functional>
-
 /* Makes `sol`, a checked interior solution of a problem with a convex quadratic objective and linear rows, better where that
- * comes out of it, with *found. Takes some tenths of a second at most between two questions to `is_stopped`; where the
- * factors would take longer nothing is done. */
-void polish_solution(const model *m, const check_tolerances *tol, const std::function<bool()> &is_stopped,
-                     solution *sol, check_result *found);
+ * comes out of it, with *found. Takes some tenths of a second at most between two looks at the effort; where the factors
+ * would take longer nothing is done. Where the effort is given up, what was found so far stands. */
+void polish_solution(const model *m, const check_tolerances *tol, work_effort *effort, solution *sol,
+                     check_result *found);
