@@ -1,6 +1,7 @@
 /* infeasible.cpp - the part of a task that its certificate speaks of, as a task of its own. See analysis.h. */
 #include "solver/analysis/analysis.h"
 
+#include "solver/analysis/filter_conic.h"
 #include "solver/analysis/reduce.h"
 #include "solver/report/clock.h"
 #include "solver/report/words.h"
@@ -76,6 +77,7 @@ static std::vector<model_side> first_sides(ZLR_task *task, const solution *sol, 
     std::vector<model_side> sides = sides_of_certificate(sol);
     if (!sides.empty()) return sides;
     sides = sides_all(m);
+    if (filter_is_conic(m)) return sides; /* the proof of a relaxation is a linear problem's */
     const std::vector<model_side> linear = reduce_by_relaxation(task, m, sides, time_limit_s, r);
     return linear.empty() ? sides : linear;
 }

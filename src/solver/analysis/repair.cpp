@@ -1,7 +1,8 @@
 /* repair.cpp - the smallest change of sides and bounds that makes a task feasible. See analysis.h.
  *
  * The elastic form of the task: each side that may give way has a slack with its weight as cost, so that the least cost
- * is the least weighted sum of changes, for linear and for integer tasks. */
+ * is the least weighted sum of changes, for linear and for integer tasks. Cones do not give way, and neither do the sides of
+ * rows that are cones in disguise, nor the 0 that their heads must not fall below. */
 #include "solver/analysis/analysis.h"
 
 #include "solver/analysis/reduce.h"
@@ -120,18 +121,27 @@ static std::vector<int32_t> add_rows(model *p, const model *m, const repair_weig
     return second;
 }
 
+static std::vector<char> head_columns(const model *m)
+{
+    std::vector<char> is_head(static_cast<size_t>(m->num_var), 0);
+    for (const side_head &head : sides_heads(m)) is_head[static_cast<size_t>(head.column)] = 1;
+    return is_head;
+}
+
 /* The task's columns come first; a column whose bounds may give way has them in a row of their own. */
 static std::shared_ptr<model> elastic_form(const model *m, const repair_weights *rows, const repair_weights *columns)
 {
     auto p = std::make_shared<model>();
     std::vector<elastic_row> elastic;
+    const std::vector<char> is_head = head_columns(m);
     const std::vector<int32_t> second = add_rows(p.get(), m, rows, &elastic);
 
     for (int32_t j = 0; j < m->num_var; j++) {
         const auto k = static_cast<size_t>(j);
         const double wl = weight_of(columns->lower, m->var_lower[k], k),
                      wu = weight_of(columns->upper, m->var_upper[k], k);
-        add_column(p.get(), 0.0, wl >= 0.0 ? -model_inf : m->var_lower[k], wu >= 0.0 ? model_inf : m->var_upper[k]);
+        add_column(p.get(), 0.0, wl >= 0.0 ? (is_head[k] != 0 ? 0.0 : -model_inf) : m->var_lower[k],
+                   wu >= 0.0 ? model_inf : m->var_upper[k]);
         p->var_type.back() = m->var_type[k];
         for (auto e = static_cast<size_t>(m->a.start[k]); e < static_cast<size_t>(m->a.start[k + 1]); e++) {
             add_entry(p.get(), m->a.row[e], m->a.value[e]);
@@ -333,9 +343,28 @@ static int32_t tell_clash(ZLR_task *task, const repair_weights *rows, const repa
     return ZLR_RES_ERR_NO_REPAIR;
 }
 
+/* The weights of the rows, with those that are cones in disguise held as they are. */
+static repair_weights hold_disguised(const model *m, repair_weights given, std::vector<double> *lower,
+                                     std::vector<double> *upper)
+{
+    const std::vector<side_head> heads = sides_heads(m);
+    if (heads.empty()) return given;
+    const auto copy = [m](const double *weights, std::vector<double> *to) {
+        if (weights == nullptr)
+            to->assign(static_cast<size_t>(m->num_con), 1.0);
+        else
+            to->assign(weights, weights + m->num_con);
+    };
+    copy(given.lower, lower);
+    copy(given.upper, upper);
+    for (const side_head &head : heads)
+        (*lower)[static_cast<size_t>(head.row)] = (*upper)[static_cast<size_t>(head.row)] = -1.0;
+    return {lower->data(), upper->data()};
+}
+
 int32_t primal_repair(ZLR_task *task, const double *wlc, const double *wuc, const double *wlx, const double *wux)
 {
-    const repair_weights rows = {wlc, wuc}, columns = {wlx, wux};
+    const repair_weights columns = {wlx, wux};
     const model *m = task->problem.get();
     std::vector<double> x;
 
@@ -344,6 +373,8 @@ int32_t primal_repair(ZLR_task *task, const double *wlc, const double *wuc, cons
     for (const double *weights : {wlx, wux})
         if (check_weights(weights, m->num_var) != ZLR_RES_OK) return ZLR_RES_ERR_NAN;
 
+    std::vector<double> own_lower, own_upper;
+    const repair_weights rows = hold_disguised(m, {wlc, wuc}, &own_lower, &own_upper);
     const int32_t code = find_least(task, &rows, &columns, &x);
     if (code == ZLR_RES_ERR_NO_REPAIR) return tell_clash(task, &rows, &columns);
     if (code == ZLR_RES_TRM_STALL) {

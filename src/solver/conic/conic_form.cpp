@@ -214,7 +214,7 @@ static bool has_room(const form_builder *b)
 }
 
 /* What is copied, and what is new with its names, by the entry. */
-static constexpr double copy_steps = 10.0, new_steps = 200.0;
+static constexpr double copy_steps = 10.0, new_steps = 800.0;
 
 static double size_of(const model *m)
 {

@@ -57,7 +57,7 @@ static std::vector<int32_t> part_numbers(size_t num, const std::vector<quad_term
 }
 
 /* Sorting and two counting sorts, by the term. */
-static constexpr double split_steps = 60.0;
+static constexpr double split_steps = 180.0;
 
 quad_parts quad_split(const std::vector<quad_term> &terms, work_effort *effort)
 {

@@ -175,8 +175,9 @@ static void finish_dual(const model *m, const proof *p, solution *sol)
 bool certificate_from_dual_ray(const model *m, const check_tolerances *tol, const std::vector<double> &ray,
                                solution *sol, const std::vector<double> &cone_dual)
 {
-    const double largest = largest_entry(ray);
-    if (!(largest > 0.0) || !std::isfinite(largest)) return false;
+    /* Bounds and cones may contradict each other without a row. */
+    const double largest = std::max(largest_entry(ray), largest_entry(cone_dual));
+    if (ray.size() != static_cast<size_t>(m->num_con) || !(largest > 0.0) || !std::isfinite(largest)) return false;
 
     /* Engines differ in the sign of their rays: the one that proves more is meant. */
     proof best;

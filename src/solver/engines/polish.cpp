@@ -26,9 +26,9 @@ static constexpr double good_enough = 1e-6; /* of what is allowed */
 static constexpr double good_residual = 1e-7;
 static constexpr double far_off = 1e4;
 static constexpr double max_operations = 2e8; /* of a factorisation: 0.1 to 0.2 s */
-static constexpr double entry_steps = 200.0;   /* a round's, by the entry of the problem */
-static constexpr double order_steps = 300.0;   /* by the entry of the system, to order its columns */
-static constexpr double refine_steps = 4.0;    /* by the entry of the factor */
+static constexpr double entry_steps = 200.0;  /* a round's, by the entry of the problem */
+static constexpr double order_steps = 300.0;  /* by the entry of the system, to order its columns */
+static constexpr double refine_steps = 4.0;   /* by the entry of the factor */
 static constexpr double shift = 1e-8;         /* makes the scaled system quasidefinite; refinement takes it out again */
 
 /* Where a value with its multiplier (as for a minimisation) stands: what is smaller, slack or multiplier, is taken for 0.
@@ -232,8 +232,8 @@ static double round_steps(const model *m)
 }
 
 /* One guess and its corrections. */
-static void polish_from(const model *m, const check_tolerances *tol, active_set set, work_effort *effort,
-                        solution *sol, check_result *found)
+static void polish_from(const model *m, const check_tolerances *tol, active_set set, work_effort *effort, solution *sol,
+                        check_result *found)
 {
     solution from = *sol;
     for (int32_t k = 0; k < max_rounds && !is_good(found, sol); k++) {

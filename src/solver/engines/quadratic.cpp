@@ -19,7 +19,9 @@ bool quadratic_look_at(run_watch *watch, const std::shared_ptr<const model> &pro
                        quadratic_look *out)
 {
     const auto found = std::make_shared<quadratic_look>();
-    const own_work work = [problem, wish, found](work_effort *effort) { look(problem.get(), wish, effort, found.get()); };
+    const own_work work = [problem, wish, found](work_effort *effort) {
+        look(problem.get(), wish, effort, found.get());
+    };
 
     if (!own_work_do(watch, work)) return false;
     *out = std::move(*found);

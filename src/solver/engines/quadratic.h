@@ -6,8 +6,8 @@
 #include "solver/engines/runner.h"
 
 enum quadratic_wish {
-    QUADRATIC_CHECK,    /* whether the problem is convex */
-    QUADRATIC_ROWS,     /* and the form without quadratic rows */
+    QUADRATIC_CHECK,     /* whether the problem is convex */
+    QUADRATIC_ROWS,      /* and the form without quadratic rows */
     QUADRATIC_EVERYTHING /* and the form without a quadratic objective as well */
 };
 
