@@ -25,23 +25,23 @@ static run_order order_of(const own_work &work)
     return order;
 }
 
-/* False: a stop. */
-static bool do_aside(run_watch *watch, const own_work &work)
+enum own_end { OWN_DONE, OWN_STOPPED, OWN_MEMORY };
+
+static own_end do_aside(run_watch *watch, const own_work &work)
 {
     runner r;
     size_t which = 0;
 
     if (!runner_start(&r, watch, {order_of(work)})) {
         work(nullptr);
-        return true;
+        return OWN_DONE;
     }
     if (runner_next(&r, &which) == RUN_STOP) {
         std::vector<size_t> back;
         runner_halt(&r, &back);
-        return false;
+        return OWN_STOPPED;
     }
-    if (r.entries[which].answer.status == ENGINE_MEMORY) throw std::bad_alloc();
-    return true;
+    return r.entries[which].answer.status == ENGINE_MEMORY ? OWN_MEMORY : OWN_DONE;
 }
 
 bool own_work_do(run_watch *watch, const own_work &work)
@@ -58,8 +58,9 @@ bool own_work_do(run_watch *watch, const own_work &work)
     const bool is_aside = watch->is_aside;
     watch->round_deadline_s = model_inf;
     watch->is_aside = true;
-    const bool is_done = do_aside(watch, work);
+    const own_end end = do_aside(watch, work);
     watch->round_deadline_s = round_deadline_s;
     watch->is_aside = is_aside;
-    return is_done;
+    if (end == OWN_MEMORY) throw std::bad_alloc();
+    return end == OWN_DONE;
 }
