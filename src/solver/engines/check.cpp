@@ -308,14 +308,13 @@ static double check_dual(const model *m, const check_tolerances *tol, solution *
     return ratio;
 }
 
-/* multiplier * side, 0 for no multiplier: a side that does not exist is infinite. */
-static double weighted(double multiplier, double side) { return multiplier == 0.0 ? 0.0 : multiplier * side; }
-
 static void add_sides(const std::vector<double> &on_lower, const std::vector<double> &on_upper,
-                      const std::vector<double> &lower, const std::vector<double> &upper, double *sum)
+                      const std::vector<double> &lower, const std::vector<double> &upper, exact_sum *sum)
 {
-    for (size_t i = 0; i < on_lower.size(); i++)
-        *sum += weighted(on_lower[i], lower[i]) - weighted(on_upper[i], upper[i]);
+    for (size_t i = 0; i < on_lower.size(); i++) { /* 0 for no multiplier: a side that does not exist is infinite */
+        if (on_lower[i] != 0.0) sum->add_product(on_lower[i], lower[i]);
+        if (on_upper[i] != 0.0) sum->add_product(-on_upper[i], upper[i]);
+    }
 }
 
 static double check_gap(const model *m, const check_tolerances *tol, solution *sol)
@@ -342,9 +341,12 @@ check_result check_solution(const model *m, const check_tolerances *tol, bool in
     found.primal = check_primal(m, tol, integers, sol);
     found.dual = check_dual(m, tol, sol);
     if (sol->has_dual) {
-        sol->dual_obj = m->cfix - gradient_dual_share(m, sol);
-        add_sides(sol->slc, sol->suc, m->con_lower, m->con_upper, &sol->dual_obj);
-        add_sides(sol->slx, sol->sux, m->var_lower, m->var_upper, &sol->dual_obj);
+        exact_sum sum;
+        sum.add(m->cfix);
+        gradient_add_dual_share(m, sol, &sum);
+        add_sides(sol->slc, sol->suc, m->con_lower, m->con_upper, &sum);
+        add_sides(sol->slx, sol->sux, m->var_lower, m->var_upper, &sum);
+        sol->dual_obj = sum.value();
     }
     if (std::isfinite(found.primal) && std::isfinite(found.dual)) found.gap = check_gap(m, tol, sol);
     return found;
@@ -394,11 +396,9 @@ void check_set_status(const check_result *found, solution *sol)
 
 double check_largest_residual(const solution *sol)
 {
-    constexpr double sum_rounding = 1e-15;
     const double gap = std::fabs(sol->primal_obj - sol->dual_obj);
     const double cone = std::isnan(sol->check.cone) ? 0.0 : sol->check.cone;
-    return std::max({sol->check.row, sol->check.bound, cone, sol->check.dual,
-                     gap > sum_rounding * std::fabs(sol->primal_obj) ? gap : 0.0});
+    return std::max({sol->check.row, sol->check.bound, cone, sol->check.dual, gap});
 }
 
 double check_relative_gap(double objective, double bound)

@@ -100,8 +100,8 @@ void check_set_integer_status(const check_tolerances *tol, int32_t sense, const 
 /* Gap between incumbent and bound, relative to the incumbent; infinite where an incumbent of 0 has a bound elsewhere. */
 double check_relative_gap(double objective, double bound);
 
-/* The largest residual of a checked continuous solution as it is, whatever the numbers that it belongs to; of the gap what
- * rounding does not explain. */
+/* The largest residual of a checked continuous solution as it is, the gap among them, whatever the numbers that it belongs
+ * to. */
 double check_largest_residual(const solution *sol);
 
 /* Better first: the order of solution statuses for choosing the best of several points. Smaller is better. */

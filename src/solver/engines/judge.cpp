@@ -101,6 +101,14 @@ static check_result mapped_solution(const optimization *o, const engine_answer *
     return found;
 }
 
+static void polish(optimization *o, solution *sol, check_result *found)
+{
+    const model *m = o->problem.get();
+    if (model_problem_type(m) != ZLR_PROBTYPE_QO || param_int(&o->task->params, IPAR_QP_POLISH) == 0) return;
+    polish_solution(
+        m, &o->tol, [o] { return watch_poll(&o->watch, nullptr); }, sol, found);
+}
+
 /* Takes a point with its duals. An optimal one settles the task. */
 static bool judge_point(optimization *o, const run_entry *e)
 {
@@ -115,9 +123,7 @@ static bool judge_point(optimization *o, const run_entry *e)
     check_result found = o->given == o->problem ? answer_to_solution(m, &o->tol, &e->answer, kind, &sol)
                                                 : mapped_solution(o, &e->answer, &sol);
     if (!sol.defined) return false;
-    if (model_problem_type(m) == ZLR_PROBTYPE_QO && param_int(&o->task->params, IPAR_QP_POLISH) != 0)
-        polish_solution(
-            m, &o->tol, [o] { return watch_poll(&o->watch, nullptr); }, &sol, &found);
+    polish(o, &sol, &found);
     const bool optimal = sol.solsta == ZLR_SOLSTA_OPTIMAL;
     const bool claims = e->answer.status == ENGINE_OPTIMAL || e->answer.status == ENGINE_UNKNOWN;
     if (kind == ZLR_SOL_BAS && !sol.has_keys) {
@@ -135,6 +141,23 @@ static bool judge_point(optimization *o, const run_entry *e)
         o->is_linear || (ratio_of(&found) <= sure_ratio && check_largest_residual(&o->best[kind]) <= sure_residual);
     o->is_settled = o->is_settled || is_sure;
     return is_sure;
+}
+
+bool judge_is_exact(const optimization *o)
+{
+    const solution *best = &o->best[main_kind(o)];
+    return best->solsta == ZLR_SOLSTA_OPTIMAL && check_largest_residual(best) <= sure_residual;
+}
+
+void judge_refined(optimization *o, const engine_answer *answer)
+{
+    const int32_t kind = main_kind(o);
+    solution sol;
+
+    check_result found = answer_to_solution(o->problem.get(), &o->tol, answer, kind, &sol);
+    if (!sol.defined) return;
+    polish(o, &sol, &found);
+    offer(o, kind, &sol, &found);
 }
 
 void judge_certificate(optimization *o, const solution *certificate)

@@ -314,6 +314,7 @@ int32_t optimize_with(ZLR_task *task, const engine_table *table)
         take_start(&o);
         if (!watch_poll(&o.watch, nullptr) && !solve_trivial(&o)) {
             run_rounds(&o);
+            improve_answer(&o);
             if (o.is_integer) settle_integers(&o);
         }
         code = outcome_of(&o);

@@ -3,7 +3,8 @@
  * An interior-point answer tells which bounds and rows hold at the optimum; with these as equations the optimality
  * conditions are a linear system, whose solution has residuals of rounding only. Where the guess is wrong the signs and
  * bounds that it breaks correct it, a few times over (a primal-dual active-set method: Hintermueller, Ito and Kunisch, "The
- * primal-dual active set strategy as a semismooth Newton method", 2002). */
+ * primal-dual active set strategy as a semismooth Newton method", 2002). A gap between the objectives of the size of
+ * rounding in them is taken out in the end (see gap.h), of the engine's own answer too. */
 #pragma once
 
 #include "solver/engines/check.h"

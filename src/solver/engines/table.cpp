@@ -262,7 +262,7 @@ static plan_step first_hipo(const engine_source *source, const param_set *params
 }
 
 /* Less is added to the systems that are solved, which then are solved less surely but more exactly. */
-static plan_step sharper(const engine_source *source)
+plan_step plan_sharp_step(const engine_source *source)
 {
     plan_step step = tightened(source, 1e-11, " with tightened tolerances");
     step.extra.push_back(number_option("static_regularization_constant", 1e-10));
@@ -302,7 +302,7 @@ static void plan_quadratic(const engine_table *table, const model *m, const para
     if (any_hipo) plan->rounds.push_back({step_of(table->linear, METHOD_HIPO, 1)});
     plan->num_better = static_cast<int32_t>(plan->rounds.size());
     if (table->conic != nullptr) {
-        plan->rounds.push_back({sharper(table->conic)});
+        plan->rounds.push_back({plan_sharp_step(table->conic)});
         plan->rounds.push_back({unscaled(table->conic, 1e-10)});
     }
     if (!cones) plan->rounds.push_back({step_of(table->linear, METHOD_ACTIVE_SET, 1)});

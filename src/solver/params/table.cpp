@@ -207,7 +207,8 @@ static constexpr param_row rows[] = {
          "What is done with a quadratic problem that is not convex. LOCAL, a local solution, waits for a nonlinear engine: "
          "the problem is refused until then, and told so"),
     WORD(IPAR_QP_POLISH, "QP_POLISH", 1, 0, 1, "OFF=0 ON=1", nullptr,
-         "Whether an answer of a quadratic problem is made exact: bounds and rows that hold become equations"),
+         "Whether an answer of a quadratic problem is made exact: bounds and rows that hold become equations, and where "
+         "that does not do it, what is left is solved for once more, magnified"),
     INT(IPAR_QP_MAX_ATTEMPTS, "QP_MAX_ATTEMPTS", 0, 0, 100, "", nullptr,
         "Attempts at a quadratic or conic problem, the first one or race included; 0: as many as help"),
 
