@@ -10,7 +10,7 @@
 #include <cmath>
 
 /* What takes longer to solve is left as it is: each refinement takes about as long as a solve. */
-static constexpr double patience_s = 1.0;
+static constexpr double patience_s = 2.0;
 
 static bool is_wanted(const optimization *o, const solution *best)
 {

@@ -107,9 +107,7 @@ static std::vector<Eigen::Triplet<double>> entries_of(const model *m, const kkt_
     return entries;
 }
 
-static double power_of_two(double v) { return std::exp2(std::round(std::log2(v))); }
-
-/* Scales so that the largest entry of each row is about 1, without a rounding error. */
+/* Scales so that the largest entry of each row is about 1. */
 static void scale(kkt_system *s)
 {
     constexpr int32_t passes = 5;
@@ -121,7 +119,7 @@ static void scale(kkt_system *s)
                 largest[it.row()] = std::max(largest[it.row()], std::fabs(it.value()));
                 largest[j] = std::max(largest[j], std::fabs(it.value()));
             }
-        for (double &v : largest) v = v > 0.0 ? power_of_two(1.0 / std::sqrt(v)) : 1.0;
+        for (double &v : largest) v = v > 0.0 ? 1.0 / std::sqrt(v) : 1.0;
         s->k = largest.asDiagonal() * s->k * largest.asDiagonal();
         s->scaling = s->scaling.cwiseProduct(largest);
     }
