@@ -24,8 +24,9 @@ static bool is_wanted(const optimization *o, const solution *best)
  * that as the unit of both, what is in doubt is of size 1. */
 static double magnification(const solution *best)
 {
-    constexpr double least_product = 1e-14;
-    return 1.0 / std::sqrt(std::max(least_product, best->check.complementarity));
+    constexpr double least_product = 1e-14, largest_product = 1.0;
+    const double product = best->check.complementarity; /* not a number where there was nothing to compare */
+    return 1.0 / std::sqrt(std::min(largest_product, std::max(least_product, product)));
 }
 
 void improve_answer(optimization *o)
