@@ -544,7 +544,7 @@ ZLR_API int32_t ZLR_getinfeasiblesubproblem(ZLR_task *task, int32_t kind, ZLR_ta
 
 /* Changes sides and bounds so that the task is feasible, with the least weighted sum of changes, and tells on the message
  * stream what was changed by how much. Weights of the rows' lower and upper sides and of the columns' lower and upper
- * bounds; null: 1 each; negative: may not be changed. A feasible task stays as it is, with its solutions.
+ * bounds; null: REPAIR_ROW_WEIGHT or REPAIR_COLUMN_WEIGHT (1); negative: may not change. A feasible task stays as it is.
  * Returns ZLR_RES_ERR_NO_REPAIR where what may not be changed contradicts itself (the error stream names it), the code of a
  * stop or limit, ZLR_RES_ERR_NAN; the task is then as it was. */
 ZLR_API int32_t ZLR_primalrepair(ZLR_task *task, const double *wlc, const double *wuc, const double *wlx,

@@ -237,7 +237,8 @@ reduction reduce_sides(ZLR_task *task, const model *m, std::vector<model_side> s
 
     std::sort(sides.begin(), sides.end(), row_order);
     std::sort(proof.begin(), proof.end(), row_order);
-    if (reduce_by_engine(task, m, sides, deadline_s, &first)) return first;
+    const bool asks_engine = param_int(&task->params, IPAR_ANALYZE_INFEAS_ENGINE) != 0;
+    if (asks_engine && reduce_by_engine(task, m, sides, deadline_s, &first)) return first;
     reduction r;
     r.is_stopped = first.is_stopped;
     r.failure = first.failure;

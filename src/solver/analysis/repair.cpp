@@ -13,17 +13,36 @@
 #include <cmath>
 #include <cstdio>
 
-static constexpr size_t screen_lines = 20;
-
 struct repair_weights {
-    const double *lower, *upper; /* null: 1 each */
+    const double *lower, *upper;
 };
+
+/* What stands for weights that are not given. */
+struct usual_weights {
+    std::vector<double> row, column;
+};
+
+static usual_weights usual_weights_of(const ZLR_task *task)
+{
+    const param_set *params = &task->params;
+    const model *m = task->problem.get();
+    usual_weights usual;
+    usual.row.assign(static_cast<size_t>(m->num_con), param_dou(params, DPAR_REPAIR_ROW_WEIGHT));
+    usual.column.assign(static_cast<size_t>(m->num_var), param_dou(params, DPAR_REPAIR_COLUMN_WEIGHT));
+    for (size_t j = 0; j < usual.column.size(); j++)
+        if (m->var_type[j] == ZLR_VAR_INT && param_int(params, IPAR_REPAIR_INTEGER_BOUNDS) == 0) usual.column[j] = -1.0;
+    return usual;
+}
+
+static size_t screen_lines(const ZLR_task *task)
+{
+    return static_cast<size_t>(param_int(&task->params, IPAR_REPAIR_NAMES));
+}
 
 /* A side that does not exist, or with a negative weight, does not give way. */
 static double weight_of(const double *weights, double side, size_t k)
 {
-    if (!std::isfinite(side)) return -1.0;
-    return weights != nullptr ? weights[k] : 1.0;
+    return std::isfinite(side) ? weights[k] : -1.0;
 }
 
 static int32_t check_weights(const double *weights, int32_t num)
@@ -211,7 +230,8 @@ static int32_t find_least(ZLR_task *task, const repair_weights *rows, const repa
     solution sol;
 
     /* What both together take is within the limit. */
-    const relax_end end = relax_by_engine(task, &weights, limit_s / 2.0, x);
+    const bool asks_engine = param_int(&task->params, IPAR_REPAIR_ENGINE) != 0;
+    const relax_end end = asks_engine ? relax_by_engine(task, &weights, limit_s / 2.0, x) : RELAX_NONE;
     if (end == RELAX_FOUND) return ZLR_RES_OK;
     if (end == RELAX_STOPPED) return ZLR_RES_TRM_USER_STOP;
     const int32_t code = solve_elastic(task, elastic_form(m, rows, columns), limit_s - (clock_now_s() - start_s), &sol);
@@ -239,7 +259,7 @@ struct change_list {
 static void note_change(change_list *changes, const model_side &side, double from, double to, const double *weights)
 {
     const double change = side.is_upper ? to - from : from - to;
-    const double weight = weights != nullptr ? weights[side.index] : 1.0;
+    const double weight = weights[side.index];
     if (weight < 0.0 || !(change > changes->tolerance * std::max(1.0, std::fabs(from)))) return;
     changes->all.push_back({side, from, to, weight});
 }
@@ -285,8 +305,9 @@ static void apply_changes(ZLR_task *task, const std::vector<side_change> &change
 static void print_changes(ZLR_task *task, const std::vector<side_change> &changes)
 {
     const model *m = task->problem.get();
-    const bool all = changes.size() <= screen_lines || param_int(&task->params, IPAR_ANALYZE_DETAIL) == ANALYSIS_FULL;
-    const size_t num = all ? changes.size() : screen_lines - 2;
+    const bool all =
+        changes.size() <= screen_lines(task) || param_int(&task->params, IPAR_ANALYZE_DETAIL) == ANALYSIS_FULL;
+    const size_t num = all ? changes.size() : screen_lines(task) - 2;
     double total = 0.0;
     std::vector<model_side> sides;
     std::string text;
@@ -322,12 +343,12 @@ static int32_t tell_clash(ZLR_task *task, const repair_weights *rows, const repa
     std::erase_if(hard, [&](const model_side &side) {
         const repair_weights *w = side.is_row ? rows : columns;
         const double *weights = side.is_upper ? w->upper : w->lower;
-        return weights == nullptr || weights[side.index] >= 0.0;
+        return weights[side.index] >= 0.0;
     });
     const reduction r = reduce_sides(task, m, hard, hard, param_dou(&task->params, DPAR_ANALYZE_INFEAS_TIME_LIMIT));
     std::string text = "The problem cannot be repaired: what may not be changed contradicts itself";
-    text += r.sides.size() <= screen_lines ? ":\n" : "; among others:\n";
-    for (size_t k = 0; k < std::min(r.sides.size(), screen_lines); k++)
+    text += r.sides.size() <= screen_lines(task) ? ":\n" : "; among others:\n";
+    for (size_t k = 0; k < std::min(r.sides.size(), screen_lines(task)); k++)
         text += "  " + side_text(m, &r.sides[k], 76) + "\n";
     streams_write(&task->streams, ZLR_STREAM_ERR, text.c_str());
     return ZLR_RES_ERR_NO_REPAIR;
@@ -335,7 +356,12 @@ static int32_t tell_clash(ZLR_task *task, const repair_weights *rows, const repa
 
 int32_t primal_repair(ZLR_task *task, const double *wlc, const double *wuc, const double *wlx, const double *wux)
 {
-    const repair_weights rows = {wlc, wuc}, columns = {wlx, wux};
+    const usual_weights usual = usual_weights_of(task);
+    const auto given = [](const double *weights, const std::vector<double> &others) {
+        return weights != nullptr ? weights : others.data();
+    };
+    const repair_weights rows = {given(wlc, usual.row), given(wuc, usual.row)};
+    const repair_weights columns = {given(wlx, usual.column), given(wux, usual.column)};
     const model *m = task->problem.get();
     std::vector<double> x;
 

@@ -38,7 +38,8 @@ int32_t ZLR_toconic(ZLR_task *task)
         std::shared_ptr<model> form;
         conic_map map;
         std::string message;
-        const int32_t res = conic_form(task->problem.get(), false, &form, &map, &message);
+        const int32_t res =
+            conic_form(task->problem.get(), false, &form, &map, &message, convexity_rules_of(&task->params));
         if (res != ZLR_RES_OK) {
             streams_write(&task->streams, ZLR_STREAM_ERR, message.c_str());
             return res;

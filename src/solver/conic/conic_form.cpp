@@ -22,6 +22,7 @@ struct form_builder {
     std::vector<std::string> rows; /* all equal 0 */
     std::vector<new_entry> entries;
     std::vector<uint8_t> in_cone; /* by column of the problem */
+    double tolerance = quad_sign_tolerance;
 };
 
 static int32_t add_column(form_builder *b, const std::string &name, double cost, double lower, double upper)
@@ -53,7 +54,7 @@ static int32_t add_epigraph(form_builder *b, const std::string &name, const std:
     linear_forms forms;
     for (int32_t p = 0; p < quad_num_parts(&parts); p++) {
         const quad_part part = quad_part_at(&parts, p);
-        quad_part_factor(&part, sign, &forms);
+        quad_part_factor(&part, sign, &forms, b->tolerance);
     }
     if (forms_num(&forms) == 0) return -1;
     model_cone cone;
@@ -212,12 +213,12 @@ static bool has_room(const form_builder *b)
 }
 
 int32_t conic_form(const model *m, bool keep_objective, std::shared_ptr<model> *form, conic_map *map,
-                   std::string *message)
+                   std::string *message, const convexity_rules &rules)
 {
     form->reset();
     *map = {};
     message->clear();
-    convexity found = convexity_check(m);
+    convexity found = convexity_check(m, rules);
     if (found.code != ZLR_RES_OK) {
         *message = std::move(found.message);
         return found.code;
@@ -228,7 +229,8 @@ int32_t conic_form(const model *m, bool keep_objective, std::shared_ptr<model> *
     map->num_var = m->num_var;
     map->num_cones = model_num_cones(m);
 
-    form_builder b = {m, made.get(), map, {}, {}, {}, std::vector<uint8_t>(static_cast<size_t>(m->num_var))};
+    form_builder b = {
+        m, made.get(), map, {}, {}, {}, std::vector<uint8_t>(static_cast<size_t>(m->num_var)), rules.tolerance};
     for (const model_cone &cone : m->cones)
         for (const int32_t j : cone.member) b.in_cone[static_cast<size_t>(j)] = 1;
     add_rows(&b, &found.disguised);

@@ -50,7 +50,7 @@ struct conic_map {
  * convexity_check, or ZLR_RES_ERR_SPACE beyond the numbers of rows and columns there can be) *form is null and *message
  * says why, in whole lines. */
 int32_t conic_form(const model *m, bool keep_objective, std::shared_ptr<model> *form, conic_map *map,
-                   std::string *message);
+                   std::string *message, const convexity_rules &rules = {});
 
 /* The solution of the problem that a solution of the form is: x, y, the duals of cones that the problem has itself, the
  * reduced costs and activities computed anew from the problem's data. Works on what has_primal and has_dual say is

@@ -36,7 +36,7 @@ quad_part quad_part_at(const quad_parts *parts, int32_t p);
 /* ---- signs
  *
  * `sign` 1 asks for x'Qx >= 0 everywhere, -1 for x'Qx <= 0. With the columns scaled so that the diagonal is 1, which no
- * choice of units changes, the least eigenvalue may be as low as -quad_sign_tolerance. The coefficients of a form that
+ * choice of units changes, the least eigenvalue may be as low as -tolerance, by default quad_sign_tolerance. The coefficients of a form that
  * is semidefinite in exact numbers come rounded: with 9 digits the eigenvalues of the scaled matrix move by some 1e-9.
  * And what passes is wrong by less than engines and checks can see, whose tolerances start at 1e-8. */
 inline constexpr double quad_sign_tolerance = 1e-8;
@@ -53,7 +53,8 @@ struct quad_witness {
 };
 
 /* Whether a part has the sign. Where not, and `witness` is not null, it gets a point that shows it. */
-bool quad_part_has_sign(const quad_part *part, double sign, quad_witness *witness);
+bool quad_part_has_sign(const quad_part *part, double sign, quad_witness *witness,
+                        double tolerance = quad_sign_tolerance);
 
 /* ---- factors */
 
@@ -68,4 +69,4 @@ inline int64_t forms_num(const linear_forms *forms) { return static_cast<int64_t
 /* Appends F with F'F = sign * Q for a part that has the sign, with as many rows as Q has rank. Exact up to rounding;
  * large sparse parts that are singular, up to 1e-12 of the diagonal, more only where Q itself is that far from
  * semidefinite. */
-void quad_part_factor(const quad_part *part, double sign, linear_forms *forms);
+void quad_part_factor(const quad_part *part, double sign, linear_forms *forms, double tolerance = quad_sign_tolerance);

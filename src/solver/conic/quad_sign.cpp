@@ -79,10 +79,10 @@ static bool diagonal_fits(const quad_part *part, double sign, const std::vector<
 }
 
 /* Two columns with more between them than their squares bear. */
-static bool pairs_fit(const quad_part *part, const quad_scaled *scaled, quad_witness *witness)
+static bool pairs_fit(const quad_part *part, const quad_scaled *scaled, double tolerance, quad_witness *witness)
 {
     for (const quad_term &t : scaled->term) {
-        if (std::fabs(t.value) <= 1.0 + quad_sign_tolerance) continue;
+        if (std::fabs(t.value) <= 1.0 + tolerance) continue;
         const double a = scaled->scale[static_cast<size_t>(t.i)], b = scaled->scale[static_cast<size_t>(t.j)];
         const double least = std::min(a, b); /* x = 1/scale, made so that the largest is 1 */
         set_pair_witness(part, t.i, least / a, t.j, std::copysign(least / b, -t.value), witness);
@@ -92,7 +92,7 @@ static bool pairs_fit(const quad_part *part, const quad_scaled *scaled, quad_wit
 }
 
 /* Every diagonal entry outweighs the rest of its row: then there is nothing to factor. */
-static bool diagonal_dominates(const quad_part *part, const std::vector<double> &diagonal)
+static bool diagonal_dominates(const quad_part *part, const std::vector<double> &diagonal, double tolerance)
 {
     std::vector<double> sum(diagonal.size(), 0.0);
     for (int64_t k = 0; k < part->num_terms; k++) {
@@ -102,7 +102,7 @@ static bool diagonal_dominates(const quad_part *part, const std::vector<double> 
         sum[static_cast<size_t>(t.j)] += std::fabs(t.value);
     }
     for (size_t i = 0; i < sum.size(); i++)
-        if (sum[i] > diagonal[i] * (1.0 + quad_sign_tolerance)) return false;
+        if (sum[i] > diagonal[i] * (1.0 + tolerance)) return false;
     return true;
 }
 
@@ -122,10 +122,10 @@ static void set_scaled_witness(const quad_part *part, const quad_scaled *scaled,
 
 /* The first pivot of LDL' that is not above 0 gives a direction d, L'd = e_k, with d'(C + shift I)d = that pivot. The
  * columns of L behind k are not used: they need not be there. */
-static bool sparse_fits(const quad_part *part, const quad_scaled *scaled, quad_witness *witness)
+static bool sparse_fits(const quad_part *part, const quad_scaled *scaled, double tolerance, quad_witness *witness)
 {
     quad_sparse_ldlt ldlt;
-    ldlt.compute(quad_to_sparse(scaled, quad_sign_tolerance));
+    ldlt.compute(quad_to_sparse(scaled, tolerance));
     const Eigen::VectorXd pivots = ldlt.vectorD();
     Eigen::Index bad = 0;
     while (bad < pivots.size() && pivots[bad] > 0.0) bad++;
@@ -143,20 +143,20 @@ static bool sparse_fits(const quad_part *part, const quad_scaled *scaled, quad_w
     return false;
 }
 
-static bool dense_fits(const quad_part *part, const quad_scaled *scaled, quad_witness *witness)
+static bool dense_fits(const quad_part *part, const quad_scaled *scaled, double tolerance, quad_witness *witness)
 {
-    Eigen::LLT<Eigen::MatrixXd> llt(quad_to_dense(scaled, quad_sign_tolerance));
+    Eigen::LLT<Eigen::MatrixXd> llt(quad_to_dense(scaled, tolerance));
     if (llt.info() == Eigen::Success) return true;
     if (witness == nullptr) return false;
     /* The eigenvector is the clearest point, but takes thirty times as long as the factorisation. */
-    if (part->num > quad_dense_size) return sparse_fits(part, scaled, witness);
+    if (part->num > quad_dense_size) return sparse_fits(part, scaled, tolerance, witness);
     const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> eigen(quad_to_dense(scaled, 0.0));
     const Eigen::VectorXd x = eigen.eigenvectors().col(0);
     set_scaled_witness(part, scaled, x, witness);
     return false;
 }
 
-bool quad_part_has_sign(const quad_part *part, double sign, quad_witness *witness)
+bool quad_part_has_sign(const quad_part *part, double sign, quad_witness *witness, double tolerance)
 {
     const std::vector<double> diagonal = quad_diagonal(part, sign);
     if (part->num == 1) { /* the usual case of a diagonal form; a single square has no scale but its own */
@@ -169,13 +169,14 @@ bool quad_part_has_sign(const quad_part *part, double sign, quad_witness *witnes
         reduced_part less;
         if (quad_leave_remainders(part, sign, &less)) {
             const quad_part rest = quad_view(&less);
-            return rest.num == 0 || quad_part_has_sign(&rest, sign, witness);
+            return rest.num == 0 || quad_part_has_sign(&rest, sign, witness, tolerance);
         }
         if (!diagonal_fits(part, sign, diagonal, witness)) return false;
     }
-    if (diagonal_dominates(part, diagonal)) return true;
+    if (diagonal_dominates(part, diagonal, tolerance)) return true;
     const quad_scaled scaled = quad_scale(part, sign, diagonal);
-    if (!pairs_fit(part, &scaled, witness)) return false;
+    if (!pairs_fit(part, &scaled, tolerance, witness)) return false;
     if (part->num == 2) return true;
-    return quad_is_dense(part) ? dense_fits(part, &scaled, witness) : sparse_fits(part, &scaled, witness);
+    return quad_is_dense(part) ? dense_fits(part, &scaled, tolerance, witness)
+                               : sparse_fits(part, &scaled, tolerance, witness);
 }

@@ -218,7 +218,7 @@ static void solve_without_matrix(const model *m, const check_tolerances *tol, bo
     if (integers)
         check_set_integer_status(tol, m->sense, &found, true, sol->primal_obj, sol);
     else
-        check_set_status(&found, sol);
+        check_set_status(tol, &found, sol);
 }
 
 bool aside_trivial(const model *m, const check_tolerances *tol, double crossed_tol, bool integers, solution *sol)

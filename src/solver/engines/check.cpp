@@ -17,7 +17,7 @@ static double sense_sign(const model *m) { return m->sense == ZLR_SENSE_MAX ? -1
 check_tolerances check_tolerances_of(const param_set *params)
 {
     check_tolerances tol;
-    const double base = param_dou(params, DPAR_CHECK_TOL);
+    const double base = std::max(param_dou(params, DPAR_CHECK_TOL), param_dou(params, DPAR_ENGINE_KKT_TOL));
     /* A user who lets the engine be less exact must not be told that its answer fails. */
     tol.primal = std::max(base, param_dou(params, DPAR_PRIMAL_FEASIBILITY_TOL));
     tol.dual = std::max(base, param_dou(params, DPAR_DUAL_FEASIBILITY_TOL));
@@ -25,6 +25,7 @@ check_tolerances check_tolerances_of(const param_set *params)
     tol.integer = std::max(base, param_dou(params, DPAR_MIP_FEASIBILITY_TOL));
     tol.mip_rel_gap = param_dou(params, DPAR_MIP_REL_GAP);
     tol.mip_abs_gap = param_dou(params, DPAR_MIP_ABS_GAP);
+    tol.near = param_dou(params, DPAR_CHECK_NEAR_FACTOR);
     return tol;
 }
 
@@ -366,10 +367,10 @@ void check_each(const model *m, const check_tolerances *tol, bool integers, cons
     if (primal && dual) each_complementarity(m, tol, sol, tol->gap * check_objective_size(m, sol), shown);
 }
 
-void check_set_status(const check_result *found, solution *sol)
+void check_set_status(const check_tolerances *tol, const check_result *found, solution *sol)
 {
-    const bool primal = found->primal <= 1.0, near_primal = found->primal <= check_near_factor;
-    const bool dual = found->dual <= 1.0, near_dual = found->dual <= check_near_factor;
+    const bool primal = found->primal <= 1.0, near_primal = found->primal <= tol->near;
+    const bool dual = found->dual <= 1.0, near_dual = found->dual <= tol->near;
 
     sol->prosta = ZLR_PRO_UNKNOWN;
     sol->solsta = ZLR_SOLSTA_UNKNOWN;
@@ -384,7 +385,7 @@ void check_set_status(const check_result *found, solution *sol)
         sol->solsta = ZLR_SOLSTA_DUAL_FEAS;
     }
     if (sol->solsta == ZLR_SOLSTA_OPTIMAL) return;
-    if (near_primal && near_dual && found->gap <= check_near_factor)
+    if (near_primal && near_dual && found->gap <= tol->near)
         sol->solsta = ZLR_SOLSTA_NEAR_OPTIMAL;
     else if (sol->solsta == ZLR_SOLSTA_UNKNOWN && near_primal)
         sol->solsta = ZLR_SOLSTA_NEAR_PRIM_FEAS;
@@ -411,7 +412,7 @@ double check_relative_gap(double objective, double bound)
 void check_set_integer_status(const check_tolerances *tol, int32_t sense, const check_result *found, bool has_bound,
                               double bound, solution *sol)
 {
-    const bool primal = found->primal <= 1.0, near_primal = found->primal <= check_near_factor;
+    const bool primal = found->primal <= 1.0, near_primal = found->primal <= tol->near;
     /* An incumbent beyond its own bound has no gap. */
     const double over = sense == ZLR_SENSE_MAX ? bound - sol->primal_obj : sol->primal_obj - bound;
     const double room = rounding * std::max(1.0, std::fabs(sol->primal_obj));

@@ -8,6 +8,21 @@
 #include <algorithm>
 #include <cmath>
 
+/* What of the solutions that are there an engine may start from. */
+static engine_start start_of(const ZLR_task *task)
+{
+    engine_start start = answer_to_start(&task->sol[ZLR_SOL_BAS], &task->sol[ZLR_SOL_ITR], &task->sol[ZLR_SOL_ITG]);
+    if (param_int(&task->params, IPAR_START_BASIS) == 0) {
+        start.row_key.clear();
+        start.col_key.clear();
+    }
+    if (param_int(&task->params, IPAR_START_POINT) == 0) {
+        start.x.clear();
+        start.y.clear();
+    }
+    return start;
+}
+
 static void begin(optimization *o, ZLR_task *task, const engine_table *table)
 {
     const param_set *params = &task->params;
@@ -25,7 +40,7 @@ static void begin(optimization *o, ZLR_task *task, const engine_table *table)
     o->is_linear = model_problem_type(o->problem.get()) == ZLR_PROBTYPE_LO;
     o->tol = check_tolerances_of(params);
     o->plan = plan_make(table, o->problem.get(), params, &machine);
-    o->start = answer_to_start(&task->sol[ZLR_SOL_BAS], &task->sol[ZLR_SOL_ITR], &task->sol[ZLR_SOL_ITG]);
+    o->start = start_of(task);
     o->run.ran = true;
     progress_begin(&o->watch.table, params, &task->streams);
     if (task->trace != nullptr) o->watch.history = &task->trace->history;
@@ -36,6 +51,7 @@ static void take_start(optimization *o)
 {
     const model *m = o->problem.get();
 
+    if (param_int(&o->task->params, IPAR_START_POINT) == 0) return;
     if (o->is_integer) {
         if (o->start.x.size() == static_cast<size_t>(m->num_var)) judge_incumbent(o, o->start.x);
         return;
@@ -276,13 +292,14 @@ static void look_at_quadratic(optimization *o)
     std::string message;
     const model *m = o->problem.get();
     if (o->is_linear || !o->plan.refusal.empty() || (m->qobj.empty() && m->qcon.empty())) return;
+    const convexity_rules rules = convexity_rules_of(&o->task->params);
     if (m->qcon.empty()) {
-        const convexity found = convexity_check(m);
+        const convexity found = convexity_check(m, rules);
         o->refusal_code = found.code;
         message = found.message;
     } else {
         std::shared_ptr<model> form;
-        o->refusal_code = conic_form(m, true, &form, &o->map, &message);
+        o->refusal_code = conic_form(m, true, &form, &o->map, &message, rules);
         if (o->refusal_code == ZLR_RES_OK) o->given = form;
     }
     if (o->refusal_code == ZLR_RES_OK) {
@@ -314,7 +331,7 @@ int32_t optimize_with(ZLR_task *task, const engine_table *table)
         take_start(&o);
         if (!watch_poll(&o.watch, nullptr) && !solve_trivial(&o)) {
             run_rounds(&o);
-            if (o.is_integer) settle_integers(&o);
+            if (o.is_integer && param_int(&task->params, IPAR_MIP_CLEAN_INTEGERS) != 0) settle_integers(&o);
         }
         code = outcome_of(&o);
     }

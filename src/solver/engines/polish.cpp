@@ -21,12 +21,10 @@ struct active_set {
     bool operator==(const active_set &) const = default;
 };
 
-static constexpr int32_t max_rounds = 6;    /* from one guess */
 static constexpr double good_enough = 1e-6; /* of what is allowed */
 static constexpr double good_residual = 1e-7;
 static constexpr double far_off = 1e4;
-static constexpr double max_operations = 2e8; /* of a factorisation: 0.1 to 0.2 s */
-static constexpr double shift = 1e-8;         /* makes the scaled system quasidefinite; refinement takes it out again */
+static constexpr double shift = 1e-8; /* makes the scaled system quasidefinite; refinement takes it out again */
 
 /* Where a value with its multiplier (as for a minimisation) stands: what is smaller, slack or multiplier, is taken for 0.
  * They have units of their own: `weight` is how many of the one are taken for one of the other. */
@@ -156,7 +154,7 @@ struct counted_factor : Eigen::SimplicialLDLT<matrix> {
 
 /* Solves the scaled system from *z on, which is near a solution: where there is none, or more than one, it stays near.
  * False where the factors cost too much or fail. */
-static bool solve(const kkt_system *s, const column_vector &b, column_vector *z)
+static bool solve(const kkt_system *s, const column_vector &b, double max_operations, column_vector *z)
 {
     constexpr int32_t max_refinements = 40;
     counted_factor factor;
@@ -185,8 +183,8 @@ static bool solve(const kkt_system *s, const column_vector &b, column_vector *z)
 }
 
 /* The point and multipliers where the set holds as equations. */
-static bool solve_at(const model *m, const active_set *set, const solution *from, std::vector<double> *x,
-                     std::vector<double> *y)
+static bool solve_at(const model *m, const active_set *set, const solution *from, double max_operations,
+                     std::vector<double> *x, std::vector<double> *y)
 {
     kkt_system s;
     column_vector z;
@@ -208,7 +206,7 @@ static bool solve_at(const model *m, const active_set *set, const solution *from
     for (size_t i = 0; i < set->row.size(); i++)
         if (s.row_place[i] >= 0) z[s.row_place[i]] = -sign_of(m) * from->y[i];
     z = z.cwiseQuotient(s.scaling);
-    if (!solve(&s, b, &z)) return false;
+    if (!solve(&s, b, max_operations, &z)) return false;
     z = z.cwiseProduct(s.scaling);
     y->assign(set->row.size(), 0.0);
     for (size_t j = 0; j < x->size(); j++)
@@ -232,22 +230,22 @@ static bool is_good(const check_result *found, const solution *sol)
 }
 
 /* One guess and its corrections. */
-static void polish_from(const model *m, const check_tolerances *tol, const std::function<bool()> &is_stopped,
-                        active_set set, solution *sol, check_result *found)
+static void polish_from(const model *m, const check_tolerances *tol, const polish_limits *limits,
+                        const std::function<bool()> &is_stopped, active_set set, solution *sol, check_result *found)
 {
     solution from = *sol;
-    for (int32_t k = 0; k < max_rounds && !is_good(found, sol) && !is_stopped(); k++) {
+    for (int32_t k = 0; k < limits->max_rounds && !is_good(found, sol) && !is_stopped(); k++) {
         solution made;
         solution_reset(&made, m->num_con, m->num_var);
         made.has_primal = made.has_dual = true;
-        if (!solve_at(m, &set, &from, &made.xx, &made.y)) return;
+        if (!solve_at(m, &set, &from, limits->max_operations, &made.xx, &made.y)) return;
         check_complete(m, tol, &made);
         const check_result at = check_solution(m, tol, false, &made);
         if (is_better(&at, &made, found, sol)) {
             made.skc = sol->skc;
             made.skx = sol->skx;
             made.defined = true;
-            check_set_status(&at, &made);
+            check_set_status(tol, &at, &made);
             *sol = made;
             *found = at;
         }
@@ -261,15 +259,16 @@ static void polish_from(const model *m, const check_tolerances *tol, const std::
     }
 }
 
-void polish_solution(const model *m, const check_tolerances *tol, const std::function<bool()> &is_stopped,
-                     solution *sol, check_result *found)
+void polish_solution(const model *m, const check_tolerances *tol, const polish_limits *limits,
+                     const std::function<bool()> &is_stopped, solution *sol, check_result *found)
 {
     if (!sol->has_primal || !sol->has_dual || !m->qcon.empty() || !m->cones.empty()) return;
     const solution answer = *sol;
+    int32_t num = 0;
     for (const double weight : {1.0, 1e3, 1e-3, 30.0, 0.03, 1e5, 1e-5}) {
-        if (is_good(found, sol) || is_stopped()) return;
+        if (num++ >= limits->num_guesses || is_good(found, sol) || is_stopped()) return;
         const active_set set =
             stand(m, &answer, [&](bool, size_t, const standing_value &v) { return guess(v, weight); });
-        polish_from(m, tol, is_stopped, set, sol, found);
+        polish_from(m, tol, limits, is_stopped, set, sol, found);
     }
 }

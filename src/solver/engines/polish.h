@@ -10,8 +10,14 @@
 
 #include <functional>
 
+struct polish_limits {
+    int32_t max_rounds = 6;      /* corrections of one guess */
+    int32_t num_guesses = 7;     /* at most 7 */
+    double max_operations = 2e8; /* of a factorisation: 0.1 to 0.2 s */
+};
+
 /* Makes `sol`, a checked interior solution of a problem with a convex quadratic objective and linear rows, better where that
  * comes out of it, with *found. Takes some tenths of a second at most between two questions to `is_stopped`; where the
  * factors would take longer nothing is done. */
-void polish_solution(const model *m, const check_tolerances *tol, const std::function<bool()> &is_stopped,
-                     solution *sol, check_result *found);
+void polish_solution(const model *m, const check_tolerances *tol, const polish_limits *limits,
+                     const std::function<bool()> &is_stopped, solution *sol, check_result *found);

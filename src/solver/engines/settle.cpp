@@ -132,6 +132,21 @@ static void settle_conic(optimization *o, claim claimed)
                       std::string("it takes the problem for ") + claim_text(claimed) + ", and its proof does not hold");
 }
 
+/* The user wants no proofs: what an engine says is the status of the problem. */
+static void take_word(optimization *o, claim claimed)
+{
+    solution said;
+    solution_reset(&said, o->problem->num_con, o->problem->num_var, model_num_cones(o->problem.get()));
+    said.defined = true;
+    said.prosta = claimed == CLAIM_INFEASIBLE  ? ZLR_PRO_PRIM_INFEAS
+                  : claimed == CLAIM_UNBOUNDED ? ZLR_PRO_DUAL_INFEAS
+                                               : ZLR_PRO_PRIM_INFEAS_OR_UNBND;
+    progress_note(&o->watch.table, (o->run.engine + " takes the problem for " + claim_text(claimed) +
+                                    "; no proof is asked for (CHECK_PROOFS).")
+                                       .c_str());
+    judge_certificate(o, &said);
+}
+
 void settle_claim(optimization *o)
 {
     const claim claimed = o->claimed;
@@ -141,6 +156,10 @@ void settle_claim(optimization *o)
     if (o->is_settled || claimed == CLAIM_NONE) return;
     if (o->is_integer && claimed == CLAIM_INFEASIBLE) {
         settle_infeasible_integer(o);
+        return;
+    }
+    if (param_int(&o->task->params, IPAR_CHECK_PROOFS) == 0) {
+        take_word(o, claimed);
         return;
     }
     if (!o->problem->qcon.empty() || !o->problem->cones.empty()) {

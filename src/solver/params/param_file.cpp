@@ -159,6 +159,7 @@ static std::string file_text(const param_set *set, const io_context *io)
     std::string changed = "# Parameters: NAME value, one a line; # begins a comment.\n\n";
     std::string defaults = "\n# At their defaults:\n";
     for (const param_row *row = table; row != table + num; row++) {
+        if (param_is_reserved(row)) continue;
         if (param_is_default(set, row))
             defaults += "# " + line_of(set, row) + "\n";
         else if (has_form(set, row, io))
