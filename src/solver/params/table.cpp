@@ -278,7 +278,7 @@ static constexpr param_row rows[] = {
          "Whether the interior-point method ends with steps to the centre, and not with a basis"),
     INT(IPAR_IPM_MAX_CENTRING_STEPS, "IPM_MAX_CENTRING_STEPS", 5, 0, int_max, "", "highs:max_centring_steps",
         "Limit of these steps"),
-    INT(IPAR_IPM_HIPO_BLOCK_SIZE, "IPM_HIPO_BLOCK_SIZE", 128, 1, int_max, "", "highs:hipo_block_size",
+    INT(IPAR_IPM_HIPO_BLOCK_SIZE, "IPM_HIPO_BLOCK_SIZE", 128, 8, 4096, "", "highs:hipo_block_size",
         "Size of the blocks that HiPO's dense linear algebra works by"),
     WORD(IPAR_IPM_HIPO_PARALLEL, "IPM_HIPO_PARALLEL", 2, 0, 2, "TREE=0 NODE=1 BOTH=2", "highs:hipo_parallel_type",
          "What HiPO does with several threads: branches of the elimination tree, the work within a node, or both"),
