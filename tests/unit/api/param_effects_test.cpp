@@ -285,3 +285,48 @@ TEST_F(api_params, sensitivity_without_moves)
     EXPECT_FALSE(has(text_with(m, nullptr, nullptr, report), "not known")) << log;
     EXPECT_TRUE(has(text_with(m, "SENSITIVITY_MOVES", "OFF", report), "not known")) << log;
 }
+
+/* ---- settings of the engine, by codes and counts of a whole run */
+
+/* As much on the one side of each row as on the other, as nearly as can be: takes branching. */
+static api_model split_model()
+{
+    constexpr size_t num = 14, rows = 2;
+    api_model m = {ZLR_SENSE_MIN, std::vector<double>(num, 0.0), {}, std::vector<double>(num, 0.0), {}, {}, 0.0};
+    m.upper.assign(num, 1.0);
+    for (size_t i = 0; i < rows; i++) {
+        double sum = 0.0;
+        api_row row = {0.0, 0.0, {}};
+        for (size_t j = 0; j < num; j++) {
+            row.a.push_back(static_cast<double>(5 + (37 * j * j + 61 * i * j + 29 * (i + 1)) % 97));
+            sum += row.a.back();
+        }
+        row.lower = row.upper = std::floor(sum / 2.0);
+        m.rows.push_back(row);
+    }
+    for (size_t j = 0; j < num; j++) m.integers.push_back(static_cast<int32_t>(j));
+    for (size_t i = 0; i < rows; i++) {
+        for (const double sign : {1.0, -1.0}) {
+            for (size_t k = 0; k < rows; k++) m.rows[k].a.push_back(k == i ? sign : 0.0);
+            m.c.push_back(1.0);
+            m.lower.push_back(0.0);
+            m.upper.push_back(inf);
+        }
+    }
+    return m;
+}
+
+TEST_F(api_params, limits_of_the_engine_have_their_codes)
+{
+    int32_t code = -1;
+    const auto run = [&] { code = ZLR_optimize(task); };
+    (void)text_with(split_model(), nullptr, nullptr, run);
+    EXPECT_EQ(code, ZLR_RES_OK);
+    (void)text_with(split_model(), "MIP_MAX_LEAVES", "1", run);
+    EXPECT_EQ(code, ZLR_RES_TRM_MAX_NODES);
+    (void)text_with(two_rows(ZLR_SENSE_MIN), "ENGINE_LARGE_COEF", "4", run);
+    EXPECT_EQ(code, ZLR_RES_OK);
+    const std::string refused = text_with(two_rows(ZLR_SENSE_MIN), "ENGINE_LARGE_COEF", "2", run);
+    EXPECT_EQ(code, ZLR_RES_ERR_ENGINE);
+    EXPECT_TRUE(has(refused, "does not take the model")) << refused;
+}
