@@ -362,6 +362,16 @@ TEST_F(param_effects, what_counts_as_convex)
     EXPECT_EQ(run(fail), ZLR_RES_ERR_ENGINE);
     EXPECT_GT(num_started, 0);
 
+    model row = square_model(); /* the same in a row, which is factored */
+    row.con_lower[0] = -model_inf;
+    row.con_upper[0] = 1.0;
+    row.qcon = {{0, off.qobj}};
+    renew(row, "", "");
+    EXPECT_EQ(run(fail), ZLR_RES_ERR_NONCONVEX);
+    renew(row, "QP_CONVEXITY_TOL", "1e-5");
+    EXPECT_EQ(run(fail), ZLR_RES_ERR_ENGINE);
+    EXPECT_GT(num_started, 0);
+
     model cone = square_model(); /* x0^2 <= x1^2, x1 >= 0 */
     cone.qobj.clear();
     model_put_column(&cone, 0, 0, nullptr, nullptr);
