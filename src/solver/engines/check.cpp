@@ -17,7 +17,9 @@ static double sense_sign(const model *m) { return m->sense == ZLR_SENSE_MAX ? -1
 check_tolerances check_tolerances_of(const param_set *params)
 {
     check_tolerances tol;
-    const double base = std::max(param_dou(params, DPAR_CHECK_TOL), param_dou(params, DPAR_ENGINE_KKT_TOL));
+    const bool has_one = !param_is_default(params, param_find(ZLR_PAR_DOUBLE, DPAR_ENGINE_KKT_TOL));
+    const double one = has_one ? param_dou(params, DPAR_ENGINE_KKT_TOL) : 0.0; /* in place of all of an engine's own */
+    const double base = std::max(param_dou(params, DPAR_CHECK_TOL), one);
     /* A user who lets the engine be less exact must not be told that its answer fails. */
     tol.primal = std::max(base, param_dou(params, DPAR_PRIMAL_FEASIBILITY_TOL));
     tol.dual = std::max(base, param_dou(params, DPAR_DUAL_FEASIBILITY_TOL));
