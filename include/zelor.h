@@ -435,6 +435,7 @@ ZLR_API int32_t ZLR_writedata(ZLR_task *task, const char *filename);
 
 /* Reads and writes the solution of a kind in the library's own text form. A null name for writing stands for the kind's
  * string parameter. A solution that was read serves as the optimiser's start.
+ * Writing leaves no file, and gives ZLR_RES_OK, where parameter WRITE_SOLUTION_STATUS asks for more than the solution is.
  * Returns ZLR_RES_ERR_FILE_FORMAT, ZLR_RES_ERR_SOL_MISMATCH (names or sizes are not the task's),
  * ZLR_RES_ERR_NO_SOLUTION. */
 ZLR_API int32_t ZLR_readsolution(ZLR_task *task, int32_t kind, const char *filename);

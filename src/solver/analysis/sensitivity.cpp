@@ -208,7 +208,7 @@ int32_t sensitivity_report(ZLR_task *task, int32_t stream)
     if (target[0] == '\0') return code;
     const io_context io = {target, &task->params, &task->streams, task->env->sys};
     errno = 0;
-    const int32_t written = sink_whole_file(io.sys, target, io_sync(&io), text);
+    const int32_t written = sink_whole_file(io.sys, target, io_sink_options_replacing(&io), text);
     if (written == ZLR_RES_OK) return code;
     return io_error(&io, written, 0, "the sensitivity report cannot be written%s%s", errno != 0 ? ": " : "",
                     errno != 0 ? std::strerror(errno) : "");
