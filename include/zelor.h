@@ -147,6 +147,7 @@ enum {
     ZLR_IPAR_LOG_LEVEL = 34,           /* 0 silent, 10 default */
     ZLR_IPAR_PARAM_IGNORE_ERRORS = 92, /* 1: errors in parameter files are told and passed over */
     ZLR_IPAR_SENSITIVITY_ALL = 112,    /* 1: sensitivity for everything */
+    ZLR_IPAR_AMPL_EXTENDED = 172,      /* 1: the AMPL front end's practical mode */
     ZLR_SPAR_BAS_SOL_FILE = 0,
     ZLR_SPAR_DATA_FILE = 1,
     ZLR_SPAR_INT_SOL_FILE = 3,
@@ -156,6 +157,9 @@ enum {
     ZLR_SPAR_SENSITIVITY_RES_FILE = 15,
     ZLR_SPAR_STAT_LABEL = 20
 };
+
+/* Integer information on the last optimisation; see ZLR_getintinf. */
+enum { ZLR_IINF_IPM_ITERATIONS = 16, ZLR_IINF_NODES = 63, ZLR_IINF_SIMPLEX_ITERATIONS = 70 };
 
 /* Return codes that a program is likely to test. The whole table, with texts, is docs/codes.md. */
 enum {
@@ -215,8 +219,9 @@ typedef struct ZLR_progress {
     double dual_obj;    /* best known dual objective (integer: the bound) */
 } ZLR_progress;
 
-/* The progress callback, polled at least twenty times a second while the optimiser runs. A result that is not 0 asks
- * for a stop: ZLR_optimize then returns ZLR_RES_TRM_USER_STOP within 0.2 s and keeps the best solution found. */
+/* The progress callback, polled at least twenty times a second while the optimiser runs, or another entry that asks engines
+ * or makes factors. A result that is not 0 asks for a stop: ZLR_optimize then returns ZLR_RES_TRM_USER_STOP within 0.2 s and
+ * keeps the best solution found. */
 typedef int32_t (*ZLR_callbackfunc)(ZLR_task *task, void *handle, const ZLR_progress *progress);
 
 /* Structure of the nonlinear part; null pointers are items that are not wanted. Returns 0, or not 0 for a failure. */
@@ -435,6 +440,7 @@ ZLR_API int32_t ZLR_writedata(ZLR_task *task, const char *filename);
 
 /* Reads and writes the solution of a kind in the library's own text form. A null name for writing stands for the kind's
  * string parameter. A solution that was read serves as the optimiser's start.
+ * Writing leaves no file, and gives ZLR_RES_OK, where parameter WRITE_SOLUTION_STATUS asks for more than the solution is.
  * Returns ZLR_RES_ERR_FILE_FORMAT, ZLR_RES_ERR_SOL_MISMATCH (names or sizes are not the task's),
  * ZLR_RES_ERR_NO_SOLUTION. */
 ZLR_API int32_t ZLR_readsolution(ZLR_task *task, int32_t kind, const char *filename);
@@ -473,6 +479,10 @@ ZLR_API int32_t ZLR_putsolution(ZLR_task *task, int32_t kind, const int32_t *skc
                                 const int32_t *skn, const double *xc, const double *xx, const double *y,
                                 const double *slc, const double *suc, const double *slx, const double *sux,
                                 const double *snx);
+
+/* A piece of integer information on the last optimisation (ZLR_IINF_...): 0 where there was none or it does not apply, the
+ * largest value where it is larger. Returns ZLR_RES_ERR_INDEX for an unknown item. */
+ZLR_API int32_t ZLR_getintinf(ZLR_task *task, int32_t item, int32_t *value);
 
 /* ---- Reports ------------------------------------------------------------------------------------------------------ */
 
@@ -544,7 +554,8 @@ ZLR_API int32_t ZLR_getinfeasiblesubproblem(ZLR_task *task, int32_t kind, ZLR_ta
 
 /* Changes sides and bounds so that the task is feasible, with the least weighted sum of changes, and tells on the message
  * stream what was changed by how much. Weights of the rows' lower and upper sides and of the columns' lower and upper
- * bounds; null: 1 each; negative: may not be changed. A feasible task stays as it is, with its solutions.
+ * bounds; null: REPAIR_ROW_WEIGHT or REPAIR_COLUMN_WEIGHT (1) each; negative: may not be changed. Cones do not change, and neither do sides of rows that are cones in
+ * disguise (ZLR_toconic). A feasible task stays as it is, with its solutions.
  * Returns ZLR_RES_ERR_NO_REPAIR where what may not be changed contradicts itself (the error stream names it), the code of a
  * stop or limit, ZLR_RES_ERR_NAN; the task is then as it was. */
 ZLR_API int32_t ZLR_primalrepair(ZLR_task *task, const double *wlc, const double *wuc, const double *wlx,
@@ -557,7 +568,8 @@ ZLR_API int32_t ZLR_primalrepair(ZLR_task *task, const double *wlc, const double
  * columns that are at least 0 by their bounds, as x^2 + y^2 <= t^2, becomes that cone, and stays as a row without sides.
  * Solutions are dropped. What became what is told on the message stream. A task without quadratic parts stays as it is.
  * Returns ZLR_RES_ERR_NONCONVEX, ZLR_RES_ERR_QCON_EQUALITY or ZLR_RES_ERR_QCON_RANGE, with the row or the objective named on
- * the error stream, and the task as it was. */
+ * the error stream, or ZLR_RES_TRM_USER_STOP where the progress callback asks for it, within 0.2 s; then with the task as
+ * it was. TIME_LIMIT is for optimisations, and does not end this. */
 ZLR_API int32_t ZLR_toconic(ZLR_task *task);
 
 /* ---- Not available in this version -------------------------------------------------------------------------------- */

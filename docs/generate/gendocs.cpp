@@ -14,9 +14,9 @@ int main(int argc, char **argv)
     const std::string folder = argv[1];
     sysenv *sys = sysenv_create("gendocs", __LINE__, 0, nullptr);
     if (sys == nullptr) return 1;
-    int32_t res = sink_whole_file(sys, (folder + "/codes.md").c_str(), false, code_reference_page());
+    int32_t res = sink_whole_file(sys, (folder + "/codes.md").c_str(), {false}, code_reference_page());
     if (res == ZLR_RES_OK)
-        res = sink_whole_file(sys, (folder + "/parameters.md").c_str(), false, param_reference_page());
+        res = sink_whole_file(sys, (folder + "/parameters.md").c_str(), {false}, param_reference_page());
     (void)sysenv_delete("gendocs", __LINE__, &sys);
     if (res != ZLR_RES_OK) std::fprintf(stderr, "gendocs: the pages cannot be written into %s\n", argv[1]);
     return res == ZLR_RES_OK ? 0 : 1;

@@ -80,7 +80,7 @@ inline int32_t fuzz_reader(format_read_func read, format_write_func write, const
 
     fuzz_check_model(&m);
     byte_sink *out = nullptr;
-    fuzz_require(sink_open(test_sys(), &out, "/dev/null", true) == ZLR_RES_OK);
+    fuzz_require(sink_open(test_sys(), &out, "/dev/null", {}) == ZLR_RES_OK);
     fuzz_require(write(&io, out, &m) == ZLR_RES_OK);
     fuzz_require(sink_close(&out, true) == ZLR_RES_OK);
     return ZLR_RES_OK;

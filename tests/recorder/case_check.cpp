@@ -29,7 +29,12 @@ static void check_order(const recorded_run &run, const char *calls)
 recorded_run check_case(const run_case &item)
 {
     SCOPED_TRACE(std::string(item.name) + ": zelor " + item.line);
-    const recorded_run run = run_recorded(item.line, item.script != nullptr ? item.script : "");
+    const temp_folder folder;
+    run_request request;
+    request.line = item.line;
+    request.script = item.script != nullptr ? item.script : "";
+    request.may_keep_blocks = item.may_keep_blocks;
+    const recorded_run run = run_recorded(request, folder);
     EXPECT_EQ(run.process.status, item.status) << run.process.out;
     if (item.calls != nullptr) check_order(run, item.calls);
     for (const std::string &text : split(item.absent != nullptr ? item.absent : "", "; ")) {

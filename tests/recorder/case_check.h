@@ -8,10 +8,11 @@ struct run_case {
     const char *name;
     const char *line;
     const char *script;
-    int status;         /* exit status */
-    const char *calls;  /* these calls, whole, in this order, others between them; "; " between two */
-    const char *absent; /* no call begins with one of these; "; " between two */
-    const char *out;    /* standard output holds this */
+    int status;                   /* exit status */
+    const char *calls;            /* these calls, whole, in this order, others between them; "; " between two */
+    const char *absent;           /* no call begins with one of these; "; " between two */
+    const char *out;              /* standard output holds this */
+    bool may_keep_blocks = false; /* as in run_request */
 };
 
 /* Returns the run, so that a test can look further. */

@@ -23,6 +23,7 @@ int32_t ZLR_getcodedesc(int32_t code, char *symbol, char *text)
 {
     const int32_t res = record_result("ZLR_getcodedesc", shown(code) + (text != nullptr ? ", text" : ", null"));
     if (symbol != nullptr) std::snprintf(symbol, 1024, "NAME_%d", code);
+    if (text != nullptr) std::snprintf(text, 1024, "text of %d", code);
     return res;
 }
 
@@ -92,11 +93,19 @@ static void send(const linked_stream *stream, const char *text)
     if (stream->func != nullptr) stream->func(stream->handle, text);
 }
 
+/* What goes to a stream of a task goes to its log as well. */
+static void send_to_task(const ZLR_task *task, int32_t stream, const char *text)
+{
+    if (task == nullptr) return;
+    if (stream != ZLR_STREAM_LOG) send(&task->streams[stream], text);
+    send(&task->streams[ZLR_STREAM_LOG], text);
+}
+
 /* Reports send their name in brackets, so that the order of what the console shows can be seen. */
 static int32_t report(const char *entry, ZLR_task *task, int32_t stream, const std::string &more = "")
 {
     const int32_t res = record_result(entry, shown(task) + ", " + shown(stream) + more);
-    if (task != nullptr) send(&task->streams[ZLR_STREAM_LOG], (std::string("[") + entry + "]\n").c_str());
+    send_to_task(task, stream, (std::string("[") + entry + "]\n").c_str());
     return res;
 }
 
@@ -134,7 +143,7 @@ int32_t ZLR_echotask(ZLR_task *task, int32_t stream, const char *format, ...)
     std::vsnprintf(text, sizeof text, format, args);
     va_end(args);
     const int32_t res = answer("ZLR_echotask", task, stream, static_cast<const char *>(text));
-    if (task != nullptr) send(&task->streams[ZLR_STREAM_LOG], text);
+    send_to_task(task, stream, text);
     return res;
 }
 
@@ -231,6 +240,38 @@ int32_t ZLR_getintparam(ZLR_task *task, int32_t param, int32_t *value)
     return res;
 }
 
+int32_t ZLR_getdouparam(ZLR_task *task, int32_t param, double *value)
+{
+    const int32_t res = answer("ZLR_getdouparam", task, param);
+    double otherwise = 0.0;
+    if (param == ZLR_DPAR_DATA_TOL_COEF) otherwise = 1e-12;
+    if (param == ZLR_DPAR_BOUND_INFINITE) otherwise = 1e16;
+    if (res == 0) *value = script_real("dou", param, otherwise);
+    return res;
+}
+
+int32_t ZLR_putintparam(ZLR_task *task, int32_t param, int32_t value)
+{
+    const int32_t res = answer("ZLR_putintparam", task, param, value);
+    if (res == 0) script_put_number("int", param, value);
+    return res;
+}
+
+/* As many names in each class as the library has; in an order of their own. */
+int32_t ZLR_getparamname(ZLR_task *task, int32_t param_class, int32_t param, char *name)
+{
+    static const struct {
+        const char *name;
+        int32_t num;
+    } classes[] = {{"", 0}, {"ZETA_DOU", 70}, {"ALPHA_INT", 173}, {"MID_STR", 24}};
+    const int32_t res = answer("ZLR_getparamname", task, param_class, param);
+    if (res != 0) return res;
+    if (param_class < 1 || param_class > 3) return ZLR_RES_ERR_PARAM_NAME;
+    if (param < 0 || param >= classes[param_class].num) return ZLR_RES_ERR_PARAM_NAME;
+    std::snprintf(name, 1024, "%s_%d", classes[param_class].name, param);
+    return res;
+}
+
 int32_t ZLR_printparam(ZLR_task *task) { return answer("ZLR_printparam", task); }
 
 /* ---- Optimiser ---- */
@@ -262,31 +303,7 @@ int32_t ZLR_optimize(ZLR_task *task)
     return res;
 }
 
-/* ---- What the task holds ---- */
-
-static int32_t answer_number(const char *entry, ZLR_task *task, const char *word, int32_t *value)
-{
-    const int32_t res = answer(entry, task);
-    if (res == 0) *value = static_cast<int32_t>(script_number(word, -1, 0));
-    return res;
-}
-
-int32_t ZLR_getnumcon(ZLR_task *task, int32_t *num) { return answer_number("ZLR_getnumcon", task, "rows", num); }
-int32_t ZLR_getnumvar(ZLR_task *task, int32_t *num) { return answer_number("ZLR_getnumvar", task, "columns", num); }
-
-int32_t ZLR_solutiondef(ZLR_task *task, int32_t kind, int32_t *defined)
-{
-    const int32_t res = answer("ZLR_solutiondef", task, kind);
-    if (res == 0) *defined = static_cast<int32_t>(script_number("defined", kind, 0));
-    return res;
-}
-
-int32_t ZLR_getsolsta(ZLR_task *task, int32_t kind, int32_t *solsta)
-{
-    const int32_t res = answer("ZLR_getsolsta", task, kind);
-    if (res == 0) *solsta = static_cast<int32_t>(script_number("status", kind, 0));
-    return res;
-}
+/* ---- Subproblems ---- */
 
 int32_t ZLR_getinfeasiblesubproblem(ZLR_task *task, int32_t kind, ZLR_task **subproblem)
 {

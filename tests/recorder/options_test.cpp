@@ -76,7 +76,7 @@ static const run_case apply_cases[] = {
     {"value of -rout is no data file", "-rout {}/rc m", nullptr, 0, "putstrparam(task1, 1, \"m\"); optimize(task1)", "putstrparam(task1, 1, \"/", nullptr},
     {"last -out wins", "-out a m -out b", nullptr, 0, "writedata(task1, \"b\")", "writedata(task1, \"a\")", nullptr},
     {"options of the pre-scan pass", "--anything -help2? -t -Z m", nullptr, 0, nullptr, nullptr, "usage   : "},
-    {"two dashes pass", "--version -A1 m", nullptr, 0, nullptr, "optimize", nullptr},
+    {"two dashes pass", "m --version -A1", nullptr, 0, nullptr, "optimize", nullptr, true},
     {"values missing at the end", "m -q", nullptr, 0, "optimize(task1)", nullptr, nullptr},
     {"-basi at the end", "m -basi", nullptr, 0, "optimize(task1)", "readsolution", nullptr},
     {"-itro at the end", "m -itro", nullptr, 0, "optimize(task1)", nullptr, nullptr},

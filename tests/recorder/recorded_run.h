@@ -5,6 +5,7 @@
 #include "support/process.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 struct recorded_run {
@@ -14,10 +15,14 @@ struct recorded_run {
 };
 
 struct run_request {
-    std::string line;   /* arguments, one blank between two; {} stands for the run's folder */
-    std::string script; /* answers of the recorder, one line each */
-    std::vector<process_signal> signals;
-    std::string output; /* standard output to this file */
+    std::string line = "";   /* arguments, one blank between two; {} stands for the run's folder */
+    std::string script = ""; /* answers of the recorder, one line each */
+    std::vector<process_signal> signals = {};
+    std::string output = ""; /* standard output to this file */
+    std::vector<std::pair<std::string, std::string>> environment = {};
+    bool may_keep_blocks = false; /* where the program leaves memory to the end of its task */
+    bool may_end_early = false;   /* handles may be left over */
+    bool may_print_errors = false;
 };
 
 /* Runs in `folder`, which the caller may look at afterwards. */

@@ -23,7 +23,7 @@ struct memory_block {
 
 struct recorder_state {
     std::FILE *record = nullptr;
-    std::map<std::string, int64_t> numbers; /* "status 1" -> 5, "code ZLR_optimize 1" -> 10000 */
+    std::map<std::string, std::string> numbers; /* "status 1" -> 5, "code ZLR_optimize 1" -> 10000 */
     std::map<int32_t, std::string> texts;
     std::map<std::string, int64_t> calls; /* of each entry */
     int64_t num_results = 0;
@@ -57,15 +57,31 @@ static void read_script_line(const std::string &line)
     std::vector<std::string> rest;
     while (words >> more) rest.push_back(more);
     if (word == "defined") rest.push_back("1");
-    const int64_t value = rest.empty() ? 1 : std::strtoll(rest.back().c_str(), nullptr, 10);
     for (size_t i = 0; i + 1 < rest.size(); ++i) key += " " + rest[i];
-    state->numbers[word + key] = value;
+    state->numbers[word + key] = rest.empty() ? "1" : rest.back();
+}
+
+static const char *script_value(const std::string &word, int64_t key)
+{
+    const auto found = state->numbers.find(key < 0 ? word : word + " " + std::to_string(key));
+    return found != state->numbers.end() ? found->second.c_str() : nullptr;
 }
 
 int64_t script_number(const std::string &word, int64_t key, int64_t otherwise)
 {
-    const auto found = state->numbers.find(key < 0 ? word : word + " " + std::to_string(key));
-    return found != state->numbers.end() ? found->second : otherwise;
+    const char *value = script_value(word, key);
+    return value != nullptr ? std::strtoll(value, nullptr, 10) : otherwise;
+}
+
+double script_real(const std::string &word, int64_t key, double otherwise)
+{
+    const char *value = script_value(word, key);
+    return value != nullptr ? std::strtod(value, nullptr) : otherwise;
+}
+
+void script_put_number(const std::string &word, int64_t key, int64_t value)
+{
+    state->numbers[word + " " + std::to_string(key)] = std::to_string(value);
 }
 
 std::string script_text(int32_t number) { return state->texts[number]; }
@@ -291,12 +307,12 @@ static int find_program(dl_phdr_info *info, size_t, void *data)
 /* Counts the program's own calls and tells when one is to fail. */
 static bool program_call_fails(const char *word, int64_t *num_calls, void *caller)
 {
-    if (state == nullptr || state->numbers.find(word) == state->numbers.end()) return false;
+    if (state == nullptr || script_value(word, -1) == nullptr) return false;
     address_range program;
     dl_iterate_phdr(find_program, &program);
     const uintptr_t address = reinterpret_cast<uintptr_t>(caller);
     if (address < program.begin || address >= program.end) return false;
-    return ++*num_calls == state->numbers[word];
+    return ++*num_calls == script_number(word, -1, 0);
 }
 
 extern "C" ZLR_API char *strdup(const char *text) noexcept

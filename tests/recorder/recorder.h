@@ -8,8 +8,12 @@
  *   raise ENTRY N SIG    signal SIG is raised at the beginning of the N-th call of ENTRY
  *   nomem N              the N-th allocation for the program fails
  *   nocopy N, nocalloc N the N-th strdup or calloc of the program itself fails (not under a sanitizer)
- *   str NUMBER TEXT, int NUMBER VALUE                       parameters
- *   defined KIND, status KIND VALUE, rows N, columns N      what the task holds
+ *   str NUMBER TEXT, int NUMBER VALUE, dou NUMBER VALUE     parameters
+ *   rows N, columns N, integers N, type N                   what the task holds; otherwise what was put there
+ *   defined KIND, status KIND VALUE, prosta KIND VALUE      what a solution is like
+ *   x J VALUE, slx J VALUE, sux J VALUE, columnkey J KEY, y I VALUE, rowkey I KEY, primal KIND VALUE, dual KIND VALUE
+ *                                                           and what it holds
+ *   leftrangei K VALUE and so on                            sensitivity, by the names of its arguments
  *   class N              response class of every code; without it by the range of the code
  *   poll N, raisepoll N SIG, pause MS, stubborn             the optimiser: N polls of the callback, MS apart, with a
  *                        signal before the N-th; it stops at the first answer that is not 0 unless stubborn
@@ -23,6 +27,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 struct linked_stream {
     ZLR_streamfunc func = nullptr;
@@ -35,11 +40,22 @@ struct ZLR_env {
     linked_stream streams[ZLR_STREAM_COUNT];
 };
 
+struct row_bound {
+    int32_t key = ZLR_BK_FR;
+    double lower = 0.0, upper = 0.0;
+};
+
 struct ZLR_task {
     int32_t number = 0;
     bool live = true;
     ZLR_env *env = nullptr;
     linked_stream streams[ZLR_STREAM_COUNT];
+    /* What was put, as far as some entry gives it back. */
+    std::vector<row_bound> rows;
+    std::vector<double> c; /* one a column */
+    std::vector<int32_t> types;
+    std::vector<std::string> names;
+    int32_t num_cones = 0;
     ZLR_callbackfunc callback = nullptr;
     void *callback_handle = nullptr;
 };
@@ -60,6 +76,15 @@ std::string shown(uint64_t value);
 std::string shown(double value);
 std::string shown(const void *block); /* memory handed out, or null, or foreign */
 std::string shown_codes(const int32_t *codes);
+
+/* The values of an array of the caller's, or null. */
+template <typename value_type> std::string shown_array(int64_t num, const value_type *values)
+{
+    if (values == nullptr) return "null";
+    std::string text;
+    for (int64_t k = 0; k < num; ++k) text += (k > 0 ? " " : "") + shown(values[k]);
+    return "{" + text + "}";
+}
 
 /* Records a call that returns nothing. */
 void record_call(const char *entry, const std::string &args);
@@ -84,7 +109,10 @@ template <typename... types> int32_t answer(const char *entry, types... args)
 /* The number that the script gives to a word and a key, as in "status 1 5", or `otherwise`. */
 int64_t script_number(const std::string &word, int64_t key, int64_t otherwise);
 
-/* String parameters, and what the program puts there. */
+double script_real(const std::string &word, int64_t key, double otherwise);
+
+/* Parameters that the program puts. */
+void script_put_number(const std::string &word, int64_t key, int64_t value);
 std::string script_text(int32_t number);
 void script_put_text(int32_t number, const char *text);
 

@@ -37,7 +37,7 @@ TEST(verdict, three_forms)
     for (const auto &item : cases) {
         SCOPED_TRACE(std::string(item.line) + " / " + item.script);
         const temp_folder folder;
-        const recorded_run run = run_recorded({item.line, item.script, {}, ""}, folder);
+        const recorded_run run = run_recorded({.line = item.line, .script = item.script}, folder);
         const std::string &out = run.process.out;
         EXPECT_EQ(run.process.status, item.status);
         if (item.console != nullptr) {
@@ -82,7 +82,8 @@ TEST(verdict, silent_run_prints_nothing)
 TEST(verdict, standard_output_without_room)
 {
     const temp_folder folder;
-    const recorded_run full = run_recorded({"m -removeitg", "code ZLR_optimize 1 7", {}, "/dev/full"}, folder);
+    const recorded_run full =
+        run_recorded({.line = "m -removeitg", .script = "code ZLR_optimize 1 7", .output = "/dev/full"}, folder);
     EXPECT_EQ(full.process.status, 7);
     EXPECT_EQ(names_of(full.calls), names_of(run_recorded("m -removeitg", "code ZLR_optimize 1 7").calls));
 }
@@ -114,12 +115,12 @@ TEST(ampl, arguments_and_verdict)
         {"no memory for the list", "s -AMPL -out o", "nomem 1", 0,
          "callocdbgtask(task1, 6, 8); freedbgtask(task1, mem1)", "strduptask; writedata"},
         {"no memory for an argument", "s -AMPL -r", "nomem 3", 255, "getcodedesc(1051, null)", "writedata"},
-        {"another word with key A", "s -Afoo -v -h", "", 0, "callocdbgtask(task1, 6, 8)", "getversion"},
+        {"another word with key A", "s -Afoo -v -h", "", 0, "callocdbgtask(task1, 6, 8)", "echointro"},
     };
     for (const auto &item : cases) {
         SCOPED_TRACE(item.name);
         const recorded_run run =
-            check_case({item.name, item.line, item.script, item.status, item.calls, item.absent, nullptr});
+            check_case({item.name, item.line, item.script, item.status, item.calls, item.absent, nullptr, true});
         EXPECT_EQ(run.process.out.find("Return code"), std::string::npos);
     }
 }
@@ -168,8 +169,9 @@ TEST(interrupt, real_signals)
 {
     for (const int number : {SIGINT, SIGTERM}) {
         const temp_folder folder;
-        run_request request = {"m", "defined 1\npoll 4000\npause 5", {{number, 0.02, "[optimizer starts]"}}, ""};
-        const recorded_run run = run_recorded(request, folder);
+        const recorded_run run = run_recorded(
+            {.line = "m", .script = "defined 1\npoll 4000\npause 5", .signals = {{number, 0.02, "[optimizer starts]"}}},
+            folder);
         EXPECT_EQ(run.process.status, 10000 & 255);
         EXPECT_LT(run.process.wall_s, 10.0);
         EXPECT_EQ(calls_of(run, "writesolution").size(), 1U);

@@ -6,6 +6,9 @@
 
 #include <cmath>
 #include <csignal>
+#include <fstream>
+#include <map>
+#include <random>
 
 /* Generous against a loaded machine: the process also ends, writes files and unloads within it. What is asked of the
  * optimiser alone, 0.2 s, is tested where nothing else is measured with it. */
@@ -107,5 +110,61 @@ TEST(limits, end_a_run_with_their_own_code)
         ASSERT_TRUE(run.result.is_object()) << run.process.out;
         EXPECT_EQ(run.result["return_code"], c.code) << run.process.out;
         EXPECT_EQ(run.process.status, c.code % 256);
+    }
+}
+
+/* A quadratic objective whose factor is nearly full: F'F + I with a few entries in each of the rows of F. */
+static void write_filling_model(const std::string &path, int32_t columns, int32_t per_row)
+{
+    std::mt19937 random(1);
+    std::map<std::pair<int32_t, int32_t>, int32_t> sum;
+    for (int32_t j = 0; j < columns; j++) sum[{j, j}] = 1;
+    for (int32_t r = 0; r < columns; r++) {
+        std::vector<std::pair<int32_t, int32_t>> row;
+        for (int32_t k = 0; k < per_row; k++)
+            row.emplace_back(static_cast<int32_t>(random() % static_cast<uint32_t>(columns)),
+                             random() % 2 == 0 ? 1 : -1);
+        for (const auto &a : row)
+            for (const auto &b : row)
+                if (a.first >= b.first) sum[{a.first, b.first}] += a.second * b.second;
+    }
+    std::ofstream out(path);
+    out << "NAME FILLING\nROWS\n N COST\n G R\nCOLUMNS\n";
+    for (int32_t j = 0; j < columns; j++) out << " X" << j << " COST 1 R 1\n";
+    out << "RHS\n RHS R 1\nQUADOBJ\n";
+    for (const auto &[at, value] : sum)
+        if (value != 0) out << " X" << at.second << " X" << at.first << " " << value << "\n";
+    out << "ENDATA\n";
+}
+
+TEST(stop_before_any_engine, ends_the_convexity_check_and_the_conic_form)
+{
+    static const struct {
+        std::vector<std::string> args;
+        double after_s;
+    } cases[] = {
+        {{"-nowrsol"}, 0.0},
+        {{"-nowrsol"}, 0.7},
+        {{"-toconic", "-x"}, 0.7}, /* without an optimisation: there is no result */
+    };
+    const temp_folder folder;
+    const std::string file = folder.file("filling.mps");
+    write_filling_model(file, 15000, 9);
+    const double reading_s = run_zelor(folder, {file, "-x"}).process.wall_s;
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.args[0] + " " + std::to_string(c.after_s));
+        std::vector<std::string> args = {file};
+        args.insert(args.end(), c.args.begin(), c.args.end());
+        const zelor_run run = run_zelor(folder, args, {{SIGINT, c.after_s, "Nonzeros"}});
+        ASSERT_FALSE(run.process.timed_out);
+        EXPECT_EQ(run.process.signal, 0);
+        EXPECT_EQ(run.process.status, ZLR_RES_TRM_USER_STOP % 256) << run.process.out;
+        EXPECT_NE(run.process.out.find("CTRLC-C has been pressed.\n"), std::string::npos) << run.process.out;
+        EXPECT_NE(run.process.out.find("Return code - 10000  [ZLR_RES_TRM_USER_STOP]"), std::string::npos);
+        EXPECT_LT(run.process.wall_s, reading_s + c.after_s + allowance_s);
+        if (c.args[0] == "-toconic") continue;
+        ASSERT_TRUE(run.result.is_object()) << run.process.out;
+        EXPECT_EQ(run.result["return_code"], ZLR_RES_TRM_USER_STOP);
+        EXPECT_LT(run.result["time"]["solve"].get<double>(), c.after_s + allowance_s);
     }
 }

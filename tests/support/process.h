@@ -1,6 +1,7 @@
 /* process.h - starts a program as a user would and tells what came of it. Standard input is empty. */
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,7 +20,8 @@ struct process_options {
     std::string folder;                                           /* working folder; empty: the caller's */
     std::string output;                                           /* standard output to this file; empty: captured */
     std::vector<process_signal> signals;
-    double limit_s = 60; /* then it is killed */
+    double limit_s = 60;      /* then it is killed */
+    int64_t memory_bytes = 0; /* no more address space than this; 0: no limit, as always under a sanitizer */
 };
 
 struct process_result {

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -47,6 +48,16 @@ static void redirect(const char *path, int flags, int target)
     close(file);
 }
 
+static void limit_memory(int64_t bytes)
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    (void)bytes; /* they reserve far more than they use */
+#else
+    const rlimit limit = {static_cast<rlim_t>(bytes), static_cast<rlim_t>(bytes)};
+    if (bytes > 0 && setrlimit(RLIMIT_AS, &limit) != 0) _exit(126);
+#endif
+}
+
 /* Ends in the program, or with the status that shells give to one that cannot be started. */
 [[noreturn]] static void child_run(const std::string &program, const process_options &options, int out, int err)
 {
@@ -65,6 +76,7 @@ static void redirect(const char *path, int flags, int target)
         }
     }
     if (!options.folder.empty() && chdir(options.folder.c_str()) != 0) _exit(126);
+    limit_memory(options.memory_bytes);
     std::vector<char *> list = argument_list(program, options);
     execv(program.c_str(), list.data());
     _exit(127);

@@ -2,9 +2,11 @@
  *
  * A set counts as infeasible where a proof passes the check (integer problems: where branch and cut says so), and as
  * feasible where the engine has a point. Where the engine says one thing and shows nothing, the least violation of the rows
- * decides. */
+ * decides. Problems with cones or quadratic rows are made anew for each question, as no session holds them; there a proof
+ * or a point is asked for on both sides. */
 #include "solver/analysis/filter.h"
 
+#include "solver/analysis/filter_conic.h"
 #include "solver/engines/aside.h"
 #include "solver/engines/certificate.h"
 #include "solver/report/clock.h"
@@ -26,11 +28,12 @@ static double integer_share_s(double rest_s) { return std::max(1.0, rest_s / 8.0
 /* The filter at work, on the engine's thread. */
 struct filter_run {
     side_filter *filter = nullptr;
-    const engine_session_calls *calls = nullptr;
+    const engine_adapter *adapter = nullptr;
+    const engine_session_calls *calls = nullptr; /* and the sessions: of linear problems */
     std::shared_ptr<engine_job> job;
     engine_session *session = nullptr;
     engine_session *phase_one = nullptr; /* made when it is first asked */
-    bool is_integer = false;
+    bool is_integer = false, is_conic = false;
     std::vector<char> has_entries; /* rows */
     std::vector<char> active;      /* the sides that stand in the engine: the kept ones without those that are tried */
 };
@@ -57,12 +60,11 @@ static void put_bounds(const filter_run *f, engine_session *session, size_t whic
 static void set_active(filter_run *f, const std::vector<size_t> &which, bool active)
 {
     for (const size_t k : which) f->active[k] = active ? 1 : 0;
+    if (f->is_conic) return;
     for (const size_t k : which) put_bounds(f, f->session, k);
     if (f->phase_one == nullptr) return;
     for (const size_t k : which) put_bounds(f, f->phase_one, k);
 }
-
-enum verdict { IS_INFEASIBLE, IS_FEASIBLE, NOT_SETTLED };
 
 /* ---- one question */
 
@@ -77,17 +79,18 @@ static model active_problem(const filter_run *f)
             side.is_row ? (side.is_upper ? m.con_upper : m.con_lower) : (side.is_upper ? m.var_upper : m.var_lower);
         bounds[static_cast<size_t>(side.index)] = side.is_upper ? model_inf : -model_inf;
     }
+    sides_hold_heads(f->filter->part.heads, &m);
     return m;
 }
 
-/* The active sides that a proof does without. */
-static void find_spare(const filter_run *f, const solution *proof, std::vector<size_t> *spare)
+/* The active sides that a proof does without, up to multipliers of a size that does not count. */
+static void find_spare(const filter_run *f, const solution *proof, double negligible, std::vector<size_t> *spare)
 {
     for (size_t k = 0; k < f->active.size(); k++) {
         const model_side &side = f->filter->part.sides[k];
         const std::vector<double> &dual =
             side.is_row ? (side.is_upper ? proof->suc : proof->slc) : (side.is_upper ? proof->sux : proof->slx);
-        if (f->active[k] != 0 && dual[static_cast<size_t>(side.index)] == 0.0) spare->push_back(k);
+        if (f->active[k] != 0 && dual[static_cast<size_t>(side.index)] <= negligible) spare->push_back(k);
     }
 }
 
@@ -100,7 +103,7 @@ static bool is_proof(const filter_run *f, const std::vector<double> &ray, std::v
     check_tolerances tol = f->filter->tol;
     tol.dual = std::min(tol.dual, proof_tol);
     if (!certificate_from_dual_ray(&now, &tol, ray, &proof)) return false;
-    find_spare(f, &proof, spare);
+    find_spare(f, &proof, 0.0, spare);
     return true;
 }
 
@@ -135,9 +138,11 @@ static bool is_plain(const filter_run *f, std::vector<size_t> *spare)
     return false;
 }
 
+static double rest_of_time_s(const filter_run *f) { return std::max(0.0, f->filter->deadline_s - clock_now_s()); }
+
 static void solve(filter_run *f, engine_session *session, engine_answer *answer)
 {
-    const double rest_s = std::max(0.0, f->filter->deadline_s - clock_now_s());
+    const double rest_s = rest_of_time_s(f);
     f->calls->solve(session, f->is_integer ? integer_share_s(rest_s) : rest_s, answer);
     const std::lock_guard<std::mutex> lock(f->filter->state.mutex);
     f->filter->state.num_solved++;
@@ -164,12 +169,28 @@ static verdict ask_phase_one(filter_run *f, std::vector<size_t> *spare)
     return is_proof(f, answer.y, spare) ? IS_INFEASIBLE : NOT_SETTLED;
 }
 
+/* Interior points leave something of every multiplier. */
+static verdict ask_conic(filter_run *f, std::vector<size_t> *spare)
+{
+    constexpr double negligible = 1e-6; /* the largest is 1 */
+    solution proof;
+    const auto now = std::make_shared<const model>(active_problem(f));
+    const verdict v = filter_ask_conic(f->adapter, f->job, now, &f->filter->tol, rest_of_time_s(f), &proof);
+    {
+        const std::lock_guard<std::mutex> lock(f->filter->state.mutex);
+        f->filter->state.num_solved++;
+    }
+    if (v == IS_INFEASIBLE) find_spare(f, &proof, negligible, spare);
+    return v == IS_FEASIBLE && f->is_integer ? NOT_SETTLED : v;
+}
+
 /* Whether the sides that stand in the engine are infeasible. For linear problems `spare` receives those that the proof
  * does without. */
 static verdict ask(filter_run *f, std::vector<size_t> *spare)
 {
     engine_answer answer;
     if (is_plain(f, spare)) return IS_INFEASIBLE;
+    if (f->is_conic) return ask_conic(f, spare);
     solve(f, f->session, &answer);
     if (answer.status == ENGINE_OPTIMAL || answer.status == ENGINE_SOLUTION_LIMIT) return IS_FEASIBLE;
     if (f->is_integer) return answer.status == ENGINE_PRIMAL_INFEASIBLE ? IS_INFEASIBLE : NOT_SETTLED;
@@ -263,13 +284,19 @@ void filter_sides(const std::shared_ptr<side_filter> &filter, const engine_adapt
     filter_run f;
 
     f.filter = filter.get();
+    f.adapter = adapter;
     f.calls = adapter->sessions;
+    f.is_conic = filter_is_conic(filter->part.problem.get());
     f.job = job;
     f.is_integer = model_num_int(filter->part.problem.get()) > 0;
     f.active.assign(filter->part.sides.size(), 1);
     f.has_entries.assign(static_cast<size_t>(filter->part.problem->num_con), 0);
     for (const int32_t i : filter->part.problem->a.row) f.has_entries[static_cast<size_t>(i)] = 1;
     for (const quad_row &q : filter->part.problem->qcon) f.has_entries[static_cast<size_t>(q.row)] = 1;
+    if (f.is_conic) {
+        run(&f);
+        return;
+    }
     if (f.calls != nullptr) f.session = f.calls->open(job, filter->part.problem.get(), &message);
     if (f.session == nullptr) {
         const std::lock_guard<std::mutex> lock(job->mutex);

@@ -1,6 +1,7 @@
 /* infeasible.cpp - the part of a task that its certificate speaks of, as a task of its own. See analysis.h. */
 #include "solver/analysis/analysis.h"
 
+#include "solver/analysis/filter_conic.h"
 #include "solver/analysis/reduce.h"
 #include "solver/report/clock.h"
 #include "solver/report/words.h"
@@ -9,7 +10,6 @@
 #include <cmath>
 #include <cstdio>
 
-static constexpr size_t screen_lines = 20; /* members that are named one by one */
 static constexpr size_t screen_width = 76;
 
 static std::string count(size_t num, const char *one, const char *many)
@@ -17,12 +17,19 @@ static std::string count(size_t num, const char *one, const char *many)
     return std::to_string(num) + " " + (num == 1 ? one : many);
 }
 
+/* Members that are named one by one. */
+static size_t screen_lines(const ZLR_task *task)
+{
+    return static_cast<size_t>(param_int(&task->params, IPAR_ANALYZE_INFEAS_NAMES));
+}
+
 /* By the part: a row's text takes a look at every column. */
 static void print_members(ZLR_task *task, const side_problem *part)
 {
     const std::vector<model_side> &sides = part->sides;
-    const bool all = sides.size() <= screen_lines || param_int(&task->params, IPAR_ANALYZE_DETAIL) == ANALYSIS_FULL;
-    const size_t num = all ? sides.size() : screen_lines - 2;
+    const bool all =
+        sides.size() <= screen_lines(task) || param_int(&task->params, IPAR_ANALYZE_DETAIL) == ANALYSIS_FULL;
+    const size_t num = all ? sides.size() : screen_lines(task) - 2;
     std::string text;
 
     for (size_t k = 0; k < num; k++) text += "  " + side_text(part->problem.get(), &sides[k], screen_width) + "\n";
@@ -76,6 +83,7 @@ static std::vector<model_side> first_sides(ZLR_task *task, const solution *sol, 
     std::vector<model_side> sides = sides_of_certificate(sol);
     if (!sides.empty()) return sides;
     sides = sides_all(m);
+    if (filter_is_conic(m)) return sides; /* the proof of a relaxation is a linear problem's */
     const std::vector<model_side> linear = reduce_by_relaxation(task, m, sides, time_limit_s, r);
     return linear.empty() ? sides : linear;
 }
@@ -169,7 +177,7 @@ static int32_t dual_part(ZLR_task *task, int32_t kind, ZLR_task **subproblem)
     }
     std::unique_ptr<ZLR_task> made = task_of(task, recession_part(m, ray));
     for (size_t j = 0; j < ray.size(); j++) {
-        if (ray[j] == 0.0 || ++num > screen_lines) continue;
+        if (ray[j] == 0.0 || ++num > screen_lines(task)) continue;
         char line[64];
         (void)std::snprintf(line, sizeof line, "  %+.6g  ", ray[j]);
         names += line + names_shown(&m->var_names, static_cast<int32_t>(j), 'x') + "\n";
@@ -178,7 +186,7 @@ static int32_t dual_part(ZLR_task *task, int32_t kind, ZLR_task **subproblem)
                    "\nUnbounded subproblem (%s solution): %s, %s\n  the objective improves without end along\n",
                    words_solution_kind(kind), count(num, "column", "columns").c_str(),
                    count(static_cast<size_t>(made->problem->num_con), "row", "rows").c_str());
-    if (num > screen_lines) names += "  and " + std::to_string(num - screen_lines) + " more\n";
+    if (num > screen_lines(task)) names += "  and " + std::to_string(num - screen_lines(task)) + " more\n";
     streams_write(&task->streams, ZLR_STREAM_MSG, names.c_str());
     *subproblem = made.release();
     return ZLR_RES_OK;

@@ -9,7 +9,7 @@
 enum severity { NO_SOLUTION, DOUBTFUL, SIMPLER };
 
 /* What to say of one and of many, the latter null where there is never more than one to count; and what to do about it,
- * null where nothing needs to be done. */
+ * null where nothing needs to be done. An @ stands for the limit that was passed. */
 struct advice_row {
     severity grade;
     const char *one, *many;
@@ -46,15 +46,15 @@ static const advice_row advice_rows[] = {
                "Choose other units, or split the row by a column for the small part."},
     {DOUBTFUL, "The costs are so far apart that the smallest are lost beside the largest", nullptr,
                "Choose other units, or solve for the large costs first."},
-    {DOUBTFUL, "row has coefficients below 1e-9, which engines take for 0",
-               "rows have coefficients below 1e-9, which engines take for 0",
+    {DOUBTFUL, "row has coefficients below @, which engines take for 0",
+               "rows have coefficients below @, which engines take for 0",
                "Leave them out if they are rounding; else choose other units."},
     {DOUBTFUL, "big-M row leaks: a switch that is off by the tolerance lets this much through",
                "big-M rows leak: a switch that is off by the tolerance lets this much through",
                "Take the least M that does, and bound the columns that M must outdo."},
-    {DOUBTFUL, "column has a bound of 1e9 or more", "columns have bounds of 1e9 or more",
+    {DOUBTFUL, "column has a bound of @ or more", "columns have bounds of @ or more",
                "Where no bound is meant, give none; else choose larger units."},
-    {DOUBTFUL, "row has a side of 1e9 or more", "rows have sides of 1e9 or more",
+    {DOUBTFUL, "row has a side of @ or more", "rows have sides of @ or more",
                "Where no side is meant, give none; else choose larger units."},
     {DOUBTFUL, "column has a bound below the tolerance, yet not 0", "columns have bounds below the tolerance, yet not 0",
                "Write 0 if it is rounding; else choose smaller units."},
@@ -183,11 +183,6 @@ static std::string finding_text(const problem_facts *facts, int32_t kind, const 
 
 static constexpr size_t point_indent = 5;
 
-/* On a screen: names of a grave point and of one that is only nice to know, and lines of all points. */
-static constexpr size_t names_grave = 4;
-static constexpr size_t names_simple = 3;
-static constexpr int64_t most_lines = 16;
-
 /* The findings to name, the gravest first. */
 static std::vector<finding> findings_shown(const std::vector<finding> &found, size_t num)
 {
@@ -207,21 +202,38 @@ static const char *mark_of(severity grade)
     }
 }
 
+/* "1e9", "2.5e-7": without the signs and zeros that a console has no use for. */
+static std::string size_text(double value)
+{
+    std::string text = text_format("%.3g", value);
+    const size_t at = text.find('e');
+    if (at == std::string::npos) return text;
+    const std::string sign = text[at + 1] == '-' ? "-" : "";
+    return text.substr(0, at + 1) + sign +
+           text.substr(std::min(text.find_first_not_of("+-0", at + 1), text.size() - 1));
+}
+
 static std::string title_of(const problem_facts *facts, int32_t kind)
 {
     const advice_row *row = &advice_rows[kind];
     const size_t num = facts->found[kind].size();
-    return row->many == nullptr ? row->one : words_number(static_cast<int64_t>(num), row->one, row->many);
+    std::string title = row->many == nullptr ? row->one : words_number(static_cast<int64_t>(num), row->one, row->many);
+    const double limit = kind == FIND_COEF_TINY ? facts->rules.tiny_coefficient : facts->rules.large_value;
+    const size_t at = title.find('@');
+    if (at != std::string::npos) title.replace(at, 1, size_text(limit));
+    return title;
 }
 
 /* How many findings of a kind are named. */
-static size_t num_named(const problem_facts *facts, int32_t kind, bool full)
+static size_t num_named(const problem_facts *facts, int32_t kind)
 {
     const size_t num = facts->found[kind].size();
-    return full ? num : std::min(num, advice_rows[kind].grade == SIMPLER ? names_simple : names_grave);
+    const problem_rules *rules = &facts->rules;
+    return rules->full ? num
+                       : std::min(num, advice_rows[kind].grade == SIMPLER ? rules->names_simple : rules->names_grave);
 }
 
-static std::string point_text(const problem_facts *facts, int32_t kind, bool full)
+static std::string point_text(const problem_facts *facts, int32_t kind)
 {
     const std::vector<finding> &found = facts->found[kind];
     const advice_row *row = &advice_rows[kind];
@@ -229,10 +241,13 @@ static std::string point_text(const problem_facts *facts, int32_t kind, bool ful
     std::string text;
 
     std::vector<std::string> items;
-    for (const finding &f : findings_shown(found, num_named(facts, kind, full)))
+    for (const finding &f : findings_shown(found, num_named(facts, kind)))
         items.push_back(finding_text(facts, kind, &f));
-    if (found.size() > items.size()) items.push_back(text_format("and %zu more", found.size() - items.size()));
-    if (row->grade == SIMPLER && !full) {
+    if (items.empty())
+        items.push_back("not named");
+    else if (found.size() > items.size())
+        items.push_back(text_format("and %zu more", found.size() - items.size()));
+    if (row->grade == SIMPLER && !facts->rules.full) {
         words_list(&text, mark_of(row->grade) + title, point_indent, items);
         return text;
     }
@@ -268,8 +283,10 @@ static const char *verdict(const problem_facts *facts)
 }
 
 /* The points in their order; from the first on that the screen has no room for, titles alone, and then their number. */
-static void add_points(const problem_facts *facts, bool full, std::string *text)
+static void add_points(const problem_facts *facts, std::string *text)
 {
+    const bool full = facts->rules.full;
+    const int64_t most_lines = facts->rules.most_lines;
     int64_t num_lines = 0;
     int64_t num_left = 0;
     bool is_short = false;
@@ -277,10 +294,10 @@ static void add_points(const problem_facts *facts, bool full, std::string *text)
 
     for (int32_t kind = 0; kind < NUM_FINDINGS; kind++) {
         if (facts->found[kind].empty()) continue;
-        std::string point = point_text(facts, kind, full);
+        std::string point = point_text(facts, kind);
         auto lines = std::count(point.begin(), point.end(), '\n');
         is_short = is_short || (!full && num_lines > 0 && num_lines + lines > most_lines);
-        is_all = is_all && !is_short && num_named(facts, kind, full) == facts->found[kind].size();
+        is_all = is_all && !is_short && num_named(facts, kind) == facts->found[kind].size();
         if (is_short) {
             point.clear();
             words_sentence(&point, mark_of(advice_rows[kind].grade), point_indent, title_of(facts, kind));
@@ -297,9 +314,9 @@ static void add_points(const problem_facts *facts, bool full, std::string *text)
     if (!is_all) *text += "  ANALYZE_DETAIL=FULL shows all names and classes.\n";
 }
 
-std::string problem_advice(const problem_facts *facts, bool full)
+std::string problem_advice(const problem_facts *facts)
 {
     std::string text = verdict(facts);
-    add_points(facts, full, &text);
+    add_points(facts, &text);
     return text;
 }

@@ -5,9 +5,6 @@
 #include <algorithm>
 #include <cmath>
 
-/* From here on a coefficient counts as big: below, it may as well be data like a capacity beside pieces. */
-static constexpr double big_ratio = 100.0;
-
 /* Several columns may switch one row, as in M (1 - y) + M (1 - z); with more of them it is a row of another kind. */
 static constexpr int32_t most_switches = 3;
 
@@ -39,7 +36,7 @@ static big_m_row take_apart(const problem_facts *facts, int32_t row, double most
     for (auto k = static_cast<size_t>(rows->start[static_cast<size_t>(row)]); k < end; k++) {
         const column_info *column = &facts->columns[static_cast<size_t>(rows->col[k])];
         const double value = rows->value[k];
-        if (std::fabs(value) * big_ratio <= most) {
+        if (std::fabs(value) * facts->rules.big_ratio <= most) {
             found.next_size = std::max(found.next_size, std::fabs(value));
             reach_add(&found.rest, value, column);
             continue;

@@ -66,7 +66,7 @@ static void note_bound_sizes(problem_facts *facts, int32_t j)
     for (const double bound : {facts->m->var_lower[col], facts->m->var_upper[col]}) {
         const double size = std::fabs(bound);
         if (std::isinf(size) || size == 0.0) continue;
-        if (size >= large_value)
+        if (size >= facts->rules.large_value)
             facts->found[FIND_BOUND_LARGE].push_back({j, size, bound});
         else if (size < facts->tol.primal)
             facts->found[FIND_BOUND_TINY].push_back({j, -size, bound});

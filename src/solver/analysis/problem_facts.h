@@ -155,9 +155,31 @@ struct finding {
 
 /* ---- the record --------------------------------------------------------------------------------------------------- */
 
+/* What is doubtful, and what the report shows, by the task's parameters. */
+struct problem_rules {
+    /* From here on the rounding of a double (2e-16 of it) comes near the feasibility tolerance of 1e-6: no engine can
+     * meet it. Bounds and sides of that size are as a rule meant as "none". */
+    double large_value = 1e9;
+    double tiny_coefficient = 1e-9; /* engines take coefficients below this for 0 */
+
+    /* From here on a coefficient counts as big: below, it may as well be data like a capacity beside pieces. */
+    double big_ratio = 100.0;
+
+    /* What no scaling of rows and columns takes away loses digits: seen from the largest coefficient of a row, a unit of
+     * the smallest is lost in a feasibility tolerance of 1e-6. Models that engines solve well stay below 1e5. */
+    double harmful_spread = 1e6;
+
+    bool full = false; /* all names and classes; what follows is of the screen */
+    bool advice = true, sizes = true, structure = true, parallel = true;
+    size_t names_grave = 4, names_simple = 3; /* of a point that is grave, and of one that is only nice to know */
+    int64_t most_lines = 16;                  /* of all points */
+    size_t num_longest = 3;
+};
+
 struct problem_facts {
     const model *m = nullptr;
     check_tolerances tol;
+    problem_rules rules;
 
     row_matrix rows;
     std::vector<column_info> columns;
@@ -189,13 +211,6 @@ inline constexpr size_t num_longest = 10;
 
 /* ---- limits ------------------------------------------------------------------------------------------------------- */
 
-/* From here on the rounding of a double (2e-16 of it) comes near the feasibility tolerance of 1e-6: no engine can
- * meet it. Bounds and sides of that size are as a rule meant as "none". */
-inline constexpr double large_value = 1e9;
-
-/* Engines take coefficients below this for 0. */
-inline constexpr double tiny_coefficient = 1e-9;
-
 /* Rounding in a few additions of what came out of a file with 12 digits. */
 inline constexpr double rounding_share = 1e-9;
 
@@ -225,7 +240,7 @@ void problem_find_quadratic(problem_facts *facts);
 /* problem_scaling.cpp */
 void problem_find_scaling(problem_facts *facts);
 
-/* All of these, in that order. */
+/* All of these, in that order, by facts->rules. */
 void problem_find_all(const model *m, const check_tolerances *tol, problem_facts *facts);
 
 /* The activities that the bounds of its columns leave to a row: the finite parts, the columns without an end, and the
@@ -247,8 +262,8 @@ void problem_look_for_big_m(problem_facts *facts, int32_t row, double most);
 
 /* ---- the words ---------------------------------------------------------------------------------------------------- */
 
-/* problem_advice.cpp: the advice as text, to be printed last. `full`: all names. */
-std::string problem_advice(const problem_facts *facts, bool full);
+/* problem_advice.cpp: the advice as text, to be printed last. */
+std::string problem_advice(const problem_facts *facts);
 
 /* problem_print.cpp: all of the report. */
-std::string problem_report(const problem_facts *facts, bool full);
+std::string problem_report(const problem_facts *facts);

@@ -96,7 +96,7 @@ static void add_nonzeros(const problem_facts *facts, bool full, std::string *tex
     const auto nz = static_cast<double>(facts->num_nz);
     const auto rows = static_cast<double>(facts->m->num_con);
     const auto cols = static_cast<double>(facts->m->num_var);
-    const size_t num = full ? num_longest : 3;
+    const size_t num = full ? num_longest : facts->rules.num_longest;
 
     text_append(text, "  Nonzeros   %" PRId64, facts->num_nz);
     if (facts->num_nz > 0)
@@ -106,7 +106,7 @@ static void add_nonzeros(const problem_facts *facts, bool full, std::string *tex
     if (facts->num_stored_zeros > 0)
         text_append(text, "             and %s stored as 0\n",
                     words_number(facts->num_stored_zeros, "coefficient", "coefficients").c_str());
-    if (facts->num_nz == 0) return;
+    if (facts->num_nz == 0 || num == 0) return;
     words_list(text, "  Longest    rows", fact_indent, longest_items(facts, true, num));
     words_list(text, "             columns", fact_indent, longest_items(facts, false, num));
 }
@@ -310,8 +310,10 @@ static void add_all_cones(const problem_facts *facts, std::string *text)
     }
 }
 
-std::string problem_report(const problem_facts *facts, bool full)
+std::string problem_report(const problem_facts *facts)
 {
+    const problem_rules *rules = &facts->rules;
+    const bool full = rules->full;
     const model *m = facts->m;
     std::string text;
 
@@ -324,15 +326,16 @@ std::string problem_report(const problem_facts *facts, bool full)
     add_nonzeros(facts, full, &text);
     add_quadratic(facts, &text);
     add_cones(facts, &text);
-    add_structure(facts, full, &text);
-    add_sizes(facts, &text);
+    if (rules->structure) add_structure(facts, full, &text);
+    if (rules->sizes) add_sizes(facts, &text);
     if (full) {
         add_column_kinds(facts, &text);
         add_lengths(facts, &text);
-        add_all_sizes(facts, &text);
-        add_extremes(facts, &text);
-        add_classes(facts, &text);
+        if (rules->sizes) add_all_sizes(facts, &text);
+        if (rules->sizes) add_extremes(facts, &text);
+        if (rules->structure) add_classes(facts, &text);
         add_all_cones(facts, &text);
     }
-    return text + "\n" + problem_advice(facts, full) + "\n";
+    if (rules->advice) text += "\n" + problem_advice(facts);
+    return text + "\n";
 }

@@ -61,7 +61,7 @@ static row_walk walk_row(const problem_facts *facts, int32_t row)
         (value > 0.0 ? walk.positive : walk.negative)++;
         walk.least = std::min(walk.least, size);
         walk.most = std::max(walk.most, size);
-        if (size < tiny_coefficient && walk.tiny++ == 0) walk.tiny_col = rows->col[k];
+        if (size < facts->rules.tiny_coefficient && walk.tiny++ == 0) walk.tiny_col = rows->col[k];
         reach_add(&walk.reach, value, column);
     }
     return walk;
@@ -196,7 +196,7 @@ static bool note_sides(problem_facts *facts, int32_t row, const row_sides *sides
     for (const double side : {sides->lower, sides->upper}) {
         const double size = std::fabs(side);
         if (std::isinf(size) || size == 0.0) continue;
-        if (size >= large_value)
+        if (size >= facts->rules.large_value)
             facts->found[FIND_SIDE_LARGE].push_back({row, size, side});
         else if (size < facts->tol.primal)
             facts->found[FIND_SIDE_TINY].push_back({row, -size, side});

@@ -10,10 +10,6 @@
 /* Sizes that spread no further than this, as they stand, are taken as they are: every engine copes. */
 static constexpr double harmless_spread = 1e6;
 
-/* What no scaling of rows and columns takes away loses digits: seen from the largest coefficient of a row, a unit of the
- * smallest is lost in a feasibility tolerance of 1e-6. Models that engines solve well stay below 1e5. */
-static constexpr double harmful_spread = 1e6;
-
 /* The spread that the columns bring into a row is told at the rows where it can be seen. */
 static constexpr double visible_spread = 1e3;
 
@@ -43,22 +39,25 @@ static void range_add(exponent_range *range, int32_t exponent, size_t at)
 }
 
 /* The exponents of a row as its columns are scaled; least above most where it has no entries. */
-static exponent_range range_of_row(const row_matrix *rows, size_t row, const std::vector<int32_t> *col_scale)
+static exponent_range range_of_row(const problem_facts *facts, size_t row, const std::vector<int32_t> *col_scale)
 {
+    const row_matrix *rows = &facts->rows;
     exponent_range range;
     for (auto k = static_cast<size_t>(rows->start[row]); k < static_cast<size_t>(rows->start[row + 1]); k++) {
-        if (std::fabs(rows->value[k]) < tiny_coefficient) continue;
+        if (std::fabs(rows->value[k]) < facts->rules.tiny_coefficient) continue;
         range_add(&range, exponent_of(rows->value[k]) + (*col_scale)[static_cast<size_t>(rows->col[k])], k);
     }
     return range;
 }
 
-static void scale_columns(const model *m, const std::vector<int32_t> *row_scale, std::vector<int32_t> *col_scale)
+static void scale_columns(const problem_facts *facts, const std::vector<int32_t> *row_scale,
+                          std::vector<int32_t> *col_scale)
 {
+    const model *m = facts->m;
     for (size_t j = 0; j < col_scale->size(); j++) {
         exponent_range range;
         for (auto k = static_cast<size_t>(m->a.start[j]); k < static_cast<size_t>(m->a.start[j + 1]); k++) {
-            if (std::fabs(m->a.value[k]) < tiny_coefficient) continue;
+            if (std::fabs(m->a.value[k]) < facts->rules.tiny_coefficient) continue;
             range_add(&range, exponent_of(m->a.value[k]) + (*row_scale)[static_cast<size_t>(m->a.row[k])], k);
         }
         if (range.least <= range.most) (*col_scale)[j] = -(range.least + range.most) / 2;
@@ -71,26 +70,29 @@ void problem_find_scaling(problem_facts *facts)
 {
     const size_counts *sizes = &facts->sizes[SIZES_MATRIX];
     const row_matrix *rows = &facts->rows;
-    if (sizes->total == 0 || sizes->most <= harmless_spread * sizes->least) return;
+    if (sizes->total == 0 || sizes->most <= std::min(harmless_spread, facts->rules.harmful_spread) * sizes->least)
+        return;
 
     std::vector<int32_t> row_scale(static_cast<size_t>(facts->m->num_con), 0);
     std::vector<int32_t> col_scale(static_cast<size_t>(facts->m->num_var), 0);
     for (int32_t turn = 0; turn < num_turns; turn++) {
         for (size_t i = 0; i < row_scale.size(); i++) {
-            const exponent_range range = range_of_row(rows, i, &col_scale);
+            const exponent_range range = range_of_row(facts, i, &col_scale);
             if (range.least <= range.most) row_scale[i] = -(range.least + range.most) / 2;
         }
-        scale_columns(facts->m, &row_scale, &col_scale);
+        scale_columns(facts, &row_scale, &col_scale);
     }
 
     int32_t most = 0;
     for (size_t i = 0; i < row_scale.size(); i++) {
-        const exponent_range range = range_of_row(rows, i, &col_scale);
+        const exponent_range range = range_of_row(facts, i, &col_scale);
         if (range.least > range.most) continue;
         most = std::max(most, range.most - range.least);
         const double spread = std::ldexp(1.0, range.most - range.least);
         const double as_it_stands = std::fabs(rows->value[range.most_at] / rows->value[range.least_at]);
-        if (spread < harmful_spread || as_it_stands < visible_spread) continue;
+        if (spread < facts->rules.harmful_spread ||
+            as_it_stands < std::min(visible_spread, facts->rules.harmful_spread))
+            continue;
         facts->found[FIND_SCALING].push_back({static_cast<int32_t>(i), spread, rows->value[range.least_at],
                                               rows->value[range.most_at], rows->col[range.least_at],
                                               rows->col[range.most_at]});

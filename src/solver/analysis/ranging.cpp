@@ -329,10 +329,11 @@ static range_result range_one(ranging_run *r, const range_item *item, bool moves
 }
 
 /* First all that takes no moves: a stop leaves as little unknown as may be. */
-static void range_items(ranging_run *r, const std::vector<range_item> &items, ranging_state *state)
+static void range_items(ranging_run *r, const std::vector<range_item> &items, bool may_move, ranging_state *state)
 {
     std::vector<char> is_known(items.size(), 0);
     for (const bool moves : {false, true}) {
+        if (moves && !may_move) return;
         for (size_t k = 0; k < items.size() && !is_stopped(r); k++) {
             if (is_known[k] != 0) continue;
             const range_result result = range_one(r, &items[k], moves);
@@ -364,7 +365,7 @@ static void count_degenerate(const ranging_run *r, ranging *out)
     }
 }
 
-static void range_all(ranging_run *r, const std::vector<range_item> &items, ranging_state *state)
+static void range_all(ranging_run *r, const std::vector<range_item> &items, bool may_move, ranging_state *state)
 {
     solve(r, &r->base);
     r->is_at_base = true;
@@ -385,7 +386,7 @@ static void range_all(ranging_run *r, const std::vector<range_item> &items, rang
         state->out.x = r->base.x;
         state->out.activity = r->activity;
     }
-    range_items(r, items, state);
+    range_items(r, items, may_move, state);
     const std::lock_guard<std::mutex> lock(state->mutex);
     state->is_done = true;
 }
@@ -415,8 +416,9 @@ int32_t ranging_compute(ZLR_task *task, const solution *basis, const std::vector
         start.row_key = basis->skc;
         start.col_key = basis->skx;
     }
-    const engine_work work = [state, shared_items, problem](const engine_adapter *adapter,
-                                                            const std::shared_ptr<engine_job> &job) {
+    const bool may_move = param_int(&task->params, IPAR_SENSITIVITY_MOVES) != 0;
+    const engine_work work = [state, shared_items, problem, may_move](const engine_adapter *adapter,
+                                                                      const std::shared_ptr<engine_job> &job) {
         ranging_run r;
         std::string why = "has no sessions";
         r.problem = problem;
@@ -428,7 +430,7 @@ int32_t ranging_compute(ZLR_task *task, const solution *basis, const std::vector
             state->failure = why;
             return;
         }
-        range_all(&r, *shared_items, state.get());
+        range_all(&r, *shared_items, may_move, state.get());
         r.calls->close(r.session);
     };
     const work_end end = engines_work(task, problem, start, param_dou(&task->params, DPAR_TIME_LIMIT), work, message);

@@ -2,6 +2,7 @@
 #include "solver/analysis/reduce.h"
 
 #include "solver/analysis/filter.h"
+#include "solver/analysis/filter_conic.h"
 #include "solver/engines/certificate.h"
 #include "solver/engines/work.h"
 #include "solver/report/clock.h"
@@ -36,7 +37,10 @@ static bool run_filter(ZLR_task *task, const model *m, double deadline_s, reduct
     const engine_work work = [f](const engine_adapter *adapter, const std::shared_ptr<engine_job> &job) {
         filter_sides(f, adapter, job);
     };
-    const work_end end = engines_work(task, f->part.problem, {}, deadline_s - clock_now_s(), work, &r->failure);
+    const double limit_s = deadline_s - clock_now_s();
+    const work_end end = filter_is_conic(f->part.problem.get())
+                             ? engines_conic_work(task, limit_s, work, &r->failure)
+                             : engines_work(task, f->part.problem, {}, limit_s, work, &r->failure);
     const std::lock_guard<std::mutex> lock(f->state.mutex);
     r->sides = kept_sides(f.get(), r->sides);
     r->num_solved += f->state.num_solved;
@@ -78,7 +82,7 @@ static bool is_marked(const engine_sides *marks, const model_side &side)
 }
 
 /* The set that the engine claims to be infeasible for the relaxation, within `sides`; none where it has no such facility or
- * finds none. */
+ * finds none. Engines with such a facility know of linear problems. */
 static std::vector<model_side> engine_set(ZLR_task *task, const model *m, const std::vector<model_side> &sides,
                                           double deadline_s, reduction *r)
 {
@@ -201,14 +205,14 @@ static void reduce_from_proof(ZLR_task *task, const model *m, const std::vector<
 {
     bool has_proof = true;
     r->sides = proof;
-    if (model_num_int(m) > 0) {
+    if (model_num_int(m) > 0 && !filter_is_conic(m)) {
         /* Where the relaxation is infeasible already, its sides are few, and integrality has little left to do. */
         const std::vector<model_side> linear = reduce_by_relaxation(task, m, proof, deadline_s - clock_now_s(), r);
         has_proof = !linear.empty();
         if (has_proof) r->sides = linear;
     }
     const std::vector<model_side> given = r->sides;
-    if (has_proof && !r->is_stopped && r->failure.empty()) go_to_vertex(task, m, deadline_s, r);
+    if (has_proof && !filter_is_conic(m) && !r->is_stopped && r->failure.empty()) go_to_vertex(task, m, deadline_s, r);
     if (r->is_stopped || !r->failure.empty() || run_filter(task, m, deadline_s, r) || r->is_stopped) return;
     /* A proof holds within the tolerances, and the engine may find a point within its own: then more sides are needed. */
     for (const std::vector<model_side> &more : {given, sides}) {
@@ -223,6 +227,7 @@ static void reduce_from_proof(ZLR_task *task, const model *m, const std::vector<
 static bool reduce_by_engine(ZLR_task *task, const model *m, const std::vector<model_side> &sides, double deadline_s,
                              reduction *r)
 {
+    if (filter_is_conic(m)) return false;
     r->sides = engine_set(task, m, sides, deadline_s, r);
     if (r->sides.empty() || r->is_stopped || !r->failure.empty()) return false;
     if (!run_filter(task, m, deadline_s, r)) r->sides.clear();
@@ -237,7 +242,8 @@ reduction reduce_sides(ZLR_task *task, const model *m, std::vector<model_side> s
 
     std::sort(sides.begin(), sides.end(), row_order);
     std::sort(proof.begin(), proof.end(), row_order);
-    if (reduce_by_engine(task, m, sides, deadline_s, &first)) return first;
+    const bool asks_engine = param_int(&task->params, IPAR_ANALYZE_INFEAS_ENGINE) != 0;
+    if (asks_engine && reduce_by_engine(task, m, sides, deadline_s, &first)) return first;
     reduction r;
     r.is_stopped = first.is_stopped;
     r.failure = first.failure;

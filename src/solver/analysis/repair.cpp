@@ -1,7 +1,8 @@
 /* repair.cpp - the smallest change of sides and bounds that makes a task feasible. See analysis.h.
  *
  * The elastic form of the task: each side that may give way has a slack with its weight as cost, so that the least cost
- * is the least weighted sum of changes, for linear and for integer tasks. */
+ * is the least weighted sum of changes, for linear and for integer tasks. Cones do not give way, and neither do the sides of
+ * rows that are cones in disguise, nor the 0 that their heads must not fall below. */
 #include "solver/analysis/analysis.h"
 
 #include "solver/analysis/reduce.h"
@@ -13,17 +14,36 @@
 #include <cmath>
 #include <cstdio>
 
-static constexpr size_t screen_lines = 20;
-
 struct repair_weights {
-    const double *lower, *upper; /* null: 1 each */
+    const double *lower, *upper;
 };
+
+/* What stands for weights that are not given. */
+struct usual_weights {
+    std::vector<double> row, column;
+};
+
+static usual_weights usual_weights_of(const ZLR_task *task)
+{
+    const param_set *params = &task->params;
+    const model *m = task->problem.get();
+    usual_weights usual;
+    usual.row.assign(static_cast<size_t>(m->num_con), param_dou(params, DPAR_REPAIR_ROW_WEIGHT));
+    usual.column.assign(static_cast<size_t>(m->num_var), param_dou(params, DPAR_REPAIR_COLUMN_WEIGHT));
+    for (size_t j = 0; j < usual.column.size(); j++)
+        if (m->var_type[j] == ZLR_VAR_INT && param_int(params, IPAR_REPAIR_INTEGER_BOUNDS) == 0) usual.column[j] = -1.0;
+    return usual;
+}
+
+static size_t screen_lines(const ZLR_task *task)
+{
+    return static_cast<size_t>(param_int(&task->params, IPAR_REPAIR_NAMES));
+}
 
 /* A side that does not exist, or with a negative weight, does not give way. */
 static double weight_of(const double *weights, double side, size_t k)
 {
-    if (!std::isfinite(side)) return -1.0;
-    return weights != nullptr ? weights[k] : 1.0;
+    return std::isfinite(side) ? weights[k] : -1.0;
 }
 
 static int32_t check_weights(const double *weights, int32_t num)
@@ -120,18 +140,27 @@ static std::vector<int32_t> add_rows(model *p, const model *m, const repair_weig
     return second;
 }
 
+static std::vector<char> head_columns(const model *m)
+{
+    std::vector<char> is_head(static_cast<size_t>(m->num_var), 0);
+    for (const side_head &head : sides_heads(m)) is_head[static_cast<size_t>(head.column)] = 1;
+    return is_head;
+}
+
 /* The task's columns come first; a column whose bounds may give way has them in a row of their own. */
 static std::shared_ptr<model> elastic_form(const model *m, const repair_weights *rows, const repair_weights *columns)
 {
     auto p = std::make_shared<model>();
     std::vector<elastic_row> elastic;
+    const std::vector<char> is_head = head_columns(m);
     const std::vector<int32_t> second = add_rows(p.get(), m, rows, &elastic);
 
     for (int32_t j = 0; j < m->num_var; j++) {
         const auto k = static_cast<size_t>(j);
         const double wl = weight_of(columns->lower, m->var_lower[k], k),
                      wu = weight_of(columns->upper, m->var_upper[k], k);
-        add_column(p.get(), 0.0, wl >= 0.0 ? -model_inf : m->var_lower[k], wu >= 0.0 ? model_inf : m->var_upper[k]);
+        add_column(p.get(), 0.0, wl >= 0.0 ? (is_head[k] != 0 ? 0.0 : -model_inf) : m->var_lower[k],
+                   wu >= 0.0 ? model_inf : m->var_upper[k]);
         p->var_type.back() = m->var_type[k];
         for (auto e = static_cast<size_t>(m->a.start[k]); e < static_cast<size_t>(m->a.start[k + 1]); e++) {
             add_entry(p.get(), m->a.row[e], m->a.value[e]);
@@ -211,7 +240,8 @@ static int32_t find_least(ZLR_task *task, const repair_weights *rows, const repa
     solution sol;
 
     /* What both together take is within the limit. */
-    const relax_end end = relax_by_engine(task, &weights, limit_s / 2.0, x);
+    const bool asks_engine = param_int(&task->params, IPAR_REPAIR_ENGINE) != 0;
+    const relax_end end = asks_engine ? relax_by_engine(task, &weights, limit_s / 2.0, x) : RELAX_NONE;
     if (end == RELAX_FOUND) return ZLR_RES_OK;
     if (end == RELAX_STOPPED) return ZLR_RES_TRM_USER_STOP;
     const int32_t code = solve_elastic(task, elastic_form(m, rows, columns), limit_s - (clock_now_s() - start_s), &sol);
@@ -239,7 +269,7 @@ struct change_list {
 static void note_change(change_list *changes, const model_side &side, double from, double to, const double *weights)
 {
     const double change = side.is_upper ? to - from : from - to;
-    const double weight = weights != nullptr ? weights[side.index] : 1.0;
+    const double weight = weights[side.index];
     if (weight < 0.0 || !(change > changes->tolerance * std::max(1.0, std::fabs(from)))) return;
     changes->all.push_back({side, from, to, weight});
 }
@@ -285,8 +315,9 @@ static void apply_changes(ZLR_task *task, const std::vector<side_change> &change
 static void print_changes(ZLR_task *task, const std::vector<side_change> &changes)
 {
     const model *m = task->problem.get();
-    const bool all = changes.size() <= screen_lines || param_int(&task->params, IPAR_ANALYZE_DETAIL) == ANALYSIS_FULL;
-    const size_t num = all ? changes.size() : screen_lines - 2;
+    const bool all =
+        changes.size() <= screen_lines(task) || param_int(&task->params, IPAR_ANALYZE_DETAIL) == ANALYSIS_FULL;
+    const size_t num = all ? changes.size() : screen_lines(task) - 2;
     double total = 0.0;
     std::vector<model_side> sides;
     std::string text;
@@ -322,20 +353,37 @@ static int32_t tell_clash(ZLR_task *task, const repair_weights *rows, const repa
     std::erase_if(hard, [&](const model_side &side) {
         const repair_weights *w = side.is_row ? rows : columns;
         const double *weights = side.is_upper ? w->upper : w->lower;
-        return weights == nullptr || weights[side.index] >= 0.0;
+        return weights[side.index] >= 0.0;
     });
     const reduction r = reduce_sides(task, m, hard, hard, param_dou(&task->params, DPAR_ANALYZE_INFEAS_TIME_LIMIT));
     std::string text = "The problem cannot be repaired: what may not be changed contradicts itself";
-    text += r.sides.size() <= screen_lines ? ":\n" : "; among others:\n";
-    for (size_t k = 0; k < std::min(r.sides.size(), screen_lines); k++)
+    text += r.sides.size() <= screen_lines(task) ? ":\n" : "; among others:\n";
+    for (size_t k = 0; k < std::min(r.sides.size(), screen_lines(task)); k++)
         text += "  " + side_text(m, &r.sides[k], 76) + "\n";
     streams_write(&task->streams, ZLR_STREAM_ERR, text.c_str());
     return ZLR_RES_ERR_NO_REPAIR;
 }
 
+/* The weights of the rows, with those that are cones in disguise held as they are. */
+static repair_weights hold_disguised(const model *m, repair_weights given, std::vector<double> *lower,
+                                     std::vector<double> *upper)
+{
+    const std::vector<side_head> heads = sides_heads(m);
+    if (heads.empty()) return given;
+    lower->assign(given.lower, given.lower + m->num_con);
+    upper->assign(given.upper, given.upper + m->num_con);
+    for (const side_head &head : heads)
+        (*lower)[static_cast<size_t>(head.row)] = (*upper)[static_cast<size_t>(head.row)] = -1.0;
+    return {lower->data(), upper->data()};
+}
+
 int32_t primal_repair(ZLR_task *task, const double *wlc, const double *wuc, const double *wlx, const double *wux)
 {
-    const repair_weights rows = {wlc, wuc}, columns = {wlx, wux};
+    const usual_weights usual = usual_weights_of(task);
+    const auto given = [](const double *weights, const std::vector<double> &others) {
+        return weights != nullptr ? weights : others.data();
+    };
+    const repair_weights columns = {given(wlx, usual.column), given(wux, usual.column)};
     const model *m = task->problem.get();
     std::vector<double> x;
 
@@ -344,6 +392,9 @@ int32_t primal_repair(ZLR_task *task, const double *wlc, const double *wuc, cons
     for (const double *weights : {wlx, wux})
         if (check_weights(weights, m->num_var) != ZLR_RES_OK) return ZLR_RES_ERR_NAN;
 
+    std::vector<double> own_lower, own_upper;
+    const repair_weights rows =
+        hold_disguised(m, {given(wlc, usual.row), given(wuc, usual.row)}, &own_lower, &own_upper);
     const int32_t code = find_least(task, &rows, &columns, &x);
     if (code == ZLR_RES_ERR_NO_REPAIR) return tell_clash(task, &rows, &columns);
     if (code == ZLR_RES_TRM_STALL) {

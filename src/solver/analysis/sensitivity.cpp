@@ -4,9 +4,9 @@
 #include "solver/analysis/sensitivity_file.h"
 #include "solver/io/io.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
-#include <cstdio>
 #include <cstring>
 
 /* The optimal solution that ranges start from; a basic one, if there is one. */
@@ -105,12 +105,22 @@ int32_t dual_sensitivity(ZLR_task *task, int32_t num, const int32_t *sub, const 
 
 static constexpr size_t name_width = 14;
 
-static std::string number(double value)
+/* How numbers are written: right-aligned, with room for a sign, a point and an exponent. */
+struct number_form {
+    int digits, width;
+};
+
+static number_form form_of(const param_set *params)
 {
-    char text[32];
-    if (std::isinf(value)) return value > 0 ? "inf" : "-inf";
-    (void)std::snprintf(text, sizeof text, "%.5g", value == 0.0 ? 0.0 : value);
-    return text;
+    constexpr int least_width = 11;
+    const int digits = param_int(params, IPAR_SENSITIVITY_DIGITS);
+    return {digits, std::max(least_width, digits + 6)};
+}
+
+static std::string number(const number_form *form, double value)
+{
+    if (std::isinf(value)) return text_format(" %*s", form->width, value > 0 ? "inf" : "-inf");
+    return text_format(" %*.*g", form->width, form->digits, value == 0.0 ? 0.0 : value);
 }
 
 static double value_of(const model *m, const range_item *item)
@@ -130,19 +140,20 @@ static const char *side_word(const model *m, const range_item *item)
     return item->is_upper ? "upper" : "lower";
 }
 
-static std::string item_line(const model *m, const range_item *item, const range_result *result)
+static std::string item_line(const model *m, const number_form *form, const range_item *item,
+                             const range_result *result)
 {
     const double value = value_of(m, item);
     const std::string name = item->what == RANGE_ROW ? names_shown(&m->con_names, item->index, 'c')
                                                      : names_shown(&m->var_names, item->index, 'x');
-    char line[128];
+    std::string line = text_format(" %-5s", side_word(m, item)) + number(form, value);
     if (!result->is_known)
-        (void)std::snprintf(line, sizeof line, " %-5s %11s not known\n", side_word(m, item), number(value).c_str());
+        line += " not known";
     else
-        (void)std::snprintf(line, sizeof line, " %-5s %11s %11s %11s %11s %11s\n", side_word(m, item),
-                            number(value).c_str(), number(result->left_price).c_str(),
-                            number(result->right_price).c_str(), number(value + result->left_range).c_str(),
-                            number(value + result->right_range).c_str());
+        for (const double shown :
+             {result->left_price, result->right_price, value + result->left_range, value + result->right_range})
+            line += number(form, shown);
+    line += "\n";
     if (name.size() > name_width) return name + "\n" + std::string(name_width, ' ') + line;
     return name + std::string(name_width - name.size(), ' ') + line;
 }
@@ -167,21 +178,22 @@ static std::string degeneracy_text(const ranging *found)
 
 static std::string report_text(const ZLR_task *task, const std::vector<range_item> &items, const ranging *found)
 {
+    const number_form form = form_of(&task->params);
     const model *m = task->problem.get();
-    char line[128];
     std::string text =
         "\nSensitivity of '" + m->name + "', " + (m->sense == ZLR_SENSE_MAX ? "maximised" : "minimised") + " to ";
-    (void)std::snprintf(line, sizeof line, "%.10g\n", found->objective);
-    text += line + degeneracy_text(found);
-    (void)std::snprintf(line, sizeof line, "%-14s %-5s %11s %11s %11s %11s %11s\n", "Name", "Side", "Value",
-                        "Price below", "above", "From", "Till");
+    text += text_format("%.*g\n", std::max(10, form.digits), found->objective) + degeneracy_text(found);
+    std::string line = text_format("%-14s %-5s", "Name", "Side");
+    for (const char *title : {"Value", "Price below", "above", "From", "Till"})
+        line += text_format(" %*s", form.width, title);
+    line += "\n";
     for (const range_what what : {RANGE_ROW, RANGE_COLUMN, RANGE_COST}) {
         bool any = false;
         for (size_t k = 0; k < items.size(); k++) {
             if (items[k].what != what) continue;
             if (!any) text += std::string(titles[what]) + line;
             any = true;
-            text += item_line(m, &items[k], &found->results[k]);
+            text += item_line(m, &form, &items[k], &found->results[k]);
         }
     }
     return text;
@@ -199,7 +211,10 @@ int32_t sensitivity_report(ZLR_task *task, int32_t stream)
         const int32_t read = sensitivity_file_read(&io, task->problem.get(), &items);
         if (read != ZLR_RES_OK) return read;
     } else {
-        items = sensitivity_all_items(task->problem.get());
+        const bool wanted[] = {param_int(&task->params, IPAR_SENSITIVITY_ROWS) != 0,
+                               param_int(&task->params, IPAR_SENSITIVITY_BOUNDS) != 0,
+                               param_int(&task->params, IPAR_SENSITIVITY_COSTS) != 0};
+        items = sensitivity_all_items(task->problem.get(), wanted);
     }
     const int32_t code = compute(task, items, &found);
     if (code != ZLR_RES_OK && code != ZLR_RES_TRM_USER_STOP && code != ZLR_RES_TRM_TIME_LIMIT) return code;
@@ -208,7 +223,7 @@ int32_t sensitivity_report(ZLR_task *task, int32_t stream)
     if (target[0] == '\0') return code;
     const io_context io = {target, &task->params, &task->streams, task->env->sys};
     errno = 0;
-    const int32_t written = sink_whole_file(io.sys, target, io_sync(&io), text);
+    const int32_t written = sink_whole_file(io.sys, target, io_sink_options_replacing(&io), text);
     if (written == ZLR_RES_OK) return code;
     return io_error(&io, written, 0, "the sensitivity report cannot be written%s%s", errno != 0 ? ": " : "",
                     errno != 0 ? std::strerror(errno) : "");

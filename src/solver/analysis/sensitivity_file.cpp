@@ -39,10 +39,11 @@ static void add_kind(const model *m, range_what what, std::vector<range_item> *i
     }
 }
 
-std::vector<range_item> sensitivity_all_items(const model *m)
+std::vector<range_item> sensitivity_all_items(const model *m, const bool *wanted)
 {
     std::vector<range_item> items;
-    for (const range_what what : {RANGE_ROW, RANGE_COLUMN, RANGE_COST}) add_kind(m, what, &items);
+    for (const range_what what : {RANGE_ROW, RANGE_COLUMN, RANGE_COST})
+        if (wanted == nullptr || wanted[what]) add_kind(m, what, &items);
     return items;
 }
 
@@ -129,7 +130,7 @@ static int32_t read_line(item_reader *r, std::string_view rest)
         return io_error(r->io, ZLR_RES_ERR_FILE_FORMAT, r->line, "found '%s' where the line should end",
                         io_quote(more).c_str());
     if (word == "all" && name.empty()) {
-        const std::vector<range_item> all = sensitivity_all_items(r->m);
+        const std::vector<range_item> all = sensitivity_all_items(r->m, nullptr);
         r->items->insert(r->items->end(), all.begin(), all.end());
         return ZLR_RES_OK;
     }

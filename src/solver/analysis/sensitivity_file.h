@@ -11,8 +11,8 @@
 #include "solver/analysis/ranging.h"
 #include "solver/io/io.h"
 
-/* Every side and bound that exists, and every cost. */
-std::vector<range_item> sensitivity_all_items(const model *m);
+/* Every side and bound that exists, and every cost. `wanted`, by range_what, leaves kinds out; null: none. */
+std::vector<range_item> sensitivity_all_items(const model *m, const bool *wanted);
 
 /* Reads the file io->file. Returns ZLR_RES_ERR_FILE_READ, ZLR_RES_ERR_FILE_FORMAT; the message tells file, line and what was
  * found. Repeated items are kept as they come. */

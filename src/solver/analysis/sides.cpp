@@ -27,12 +27,12 @@ std::vector<model_side> sides_of_certificate(const solution *s)
 {
     std::vector<model_side> sides;
     for (size_t i = 0; i < s->slc.size(); i++) {
-        if (s->slc[i] > 0.0) sides.push_back({true, false, static_cast<int32_t>(i)});
-        if (s->suc[i] > 0.0) sides.push_back({true, true, static_cast<int32_t>(i)});
+        if (s->slc[i] != 0.0) sides.push_back({true, false, static_cast<int32_t>(i)});
+        if (s->suc[i] != 0.0) sides.push_back({true, true, static_cast<int32_t>(i)});
     }
     for (size_t j = 0; j < s->slx.size(); j++) {
-        if (s->slx[j] > 0.0) sides.push_back({false, false, static_cast<int32_t>(j)});
-        if (s->sux[j] > 0.0) sides.push_back({false, true, static_cast<int32_t>(j)});
+        if (s->slx[j] != 0.0) sides.push_back({false, false, static_cast<int32_t>(j)});
+        if (s->sux[j] != 0.0) sides.push_back({false, true, static_cast<int32_t>(j)});
     }
     return sides;
 }
@@ -122,6 +122,62 @@ static void copy_names(const model *m, const side_problem *s)
     for (const int32_t j : s->col_of) names_append(&p->var_names, names_shown(&m->var_names, j, 'x'));
 }
 
+/* ---- cones in disguise */
+
+/* The heads of one row: squares of the wrong sign, and products without squares beside them. Only columns that are at least
+ * 0 by their bounds can be heads, so that what rounding has left in the form does no harm. */
+static void add_heads(const model *m, const quad_row *q, std::vector<side_head> *heads)
+{
+    const double sign = std::isfinite(m->con_upper[static_cast<size_t>(q->row)]) ? 1.0 : -1.0;
+    std::vector<int32_t> square; /* terms come by (i, j): ascending */
+    for (const quad_term &t : q->terms)
+        if (t.i == t.j && t.value != 0.0) square.push_back(t.i);
+    const auto has_square = [&square](int32_t j) { return std::binary_search(square.begin(), square.end(), j); };
+    const auto add = [&](int32_t j) {
+        if (m->var_lower[static_cast<size_t>(j)] >= 0.0) heads->push_back({q->row, j});
+    };
+    std::sort(square.begin(), square.end());
+    for (const quad_term &t : q->terms) {
+        if (t.i == t.j) {
+            if (sign * t.value < 0.0) add(t.i);
+        } else if (t.value != 0.0 && !has_square(t.i) && !has_square(t.j)) {
+            add(t.i);
+            add(t.j);
+        }
+    }
+}
+
+std::vector<side_head> sides_heads(const model *m)
+{
+    std::vector<side_head> heads;
+    for (const quad_row &q : m->qcon) {
+        const auto row = static_cast<size_t>(q.row);
+        if (std::isfinite(m->con_lower[row]) != std::isfinite(m->con_upper[row])) add_heads(m, &q, &heads);
+    }
+    return heads;
+}
+
+void sides_hold_heads(const std::vector<side_head> &heads, model *m)
+{
+    for (const side_head &head : heads) {
+        const auto row = static_cast<size_t>(head.row);
+        double &lower = m->var_lower[static_cast<size_t>(head.column)];
+        const bool has_side = std::isfinite(m->con_lower[row]) || std::isfinite(m->con_upper[row]);
+        if (has_side && lower == -model_inf) lower = 0.0;
+    }
+}
+
+static void copy_heads(const model *m, const std::vector<int32_t> &row_part, const std::vector<int32_t> &col_part,
+                       side_problem *s)
+{
+    for (const side_head &head : sides_heads(m)) {
+        const int32_t row = row_part[static_cast<size_t>(head.row)],
+                      column = col_part[static_cast<size_t>(head.column)];
+        if (row >= 0) s->heads.push_back({row, column}); /* the columns of a row come with it */
+    }
+    sides_hold_heads(s->heads, s->problem.get());
+}
+
 side_problem sides_problem(const model *m, const std::vector<model_side> &sides, bool with_names)
 {
     side_problem s;
@@ -153,6 +209,7 @@ side_problem sides_problem(const model *m, const std::vector<model_side> &sides,
         bounds[static_cast<size_t>(part.index)] = side_value(m, &side);
         s.sides.push_back(part);
     }
+    copy_heads(m, row_part, col_part, &s);
     names_resize(&p->con_names, with_names ? 0 : p->num_con);
     names_resize(&p->var_names, with_names ? 0 : p->num_var);
     if (with_names) copy_names(m, &s);
@@ -195,7 +252,7 @@ static std::string row_terms(const model *m, int32_t row, size_t width)
     }
     const bool is_quadratic =
         std::any_of(m->qcon.begin(), m->qcon.end(), [&](const quad_row &q) { return q.row == row; });
-    if (is_quadratic) text += " + [...]";
+    if (is_quadratic) text += text.empty() ? "[...]" : " + [...]";
     return text.empty() ? "0" : text;
 }
 

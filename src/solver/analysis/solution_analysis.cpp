@@ -9,7 +9,7 @@
 #include <cmath>
 
 static constexpr size_t width = 80;
-static constexpr size_t screen_names = 3, screen_entries = 10; /* listed by default */
+static constexpr size_t screen_entries = 10; /* of a certificate, listed by default */
 static constexpr size_t full_names = 100;
 
 /* ---- what the parts share */
@@ -133,7 +133,7 @@ static void add_earned_status(solution_view *v)
     if (v->kind == ZLR_SOL_ITG)
         check_set_integer_status(&v->tol, v->m->sense, &v->found, !std::isnan(bound_of(v)), bound_of(v), &earned);
     else
-        check_set_status(&v->found, &earned);
+        check_set_status(&v->tol, &v->found, &earned);
     if (earned.solsta == v->sol.solsta) return;
     text_append(&v->text, "  By check   %s\n", words_solution_status(earned.solsta));
 }
@@ -259,12 +259,13 @@ int32_t solution_analysis_print(ZLR_task *task, int32_t stream, int32_t kind)
     if (!streams_linked(&task->streams, stream)) return ZLR_RES_OK;
     const bool is_certificate = solution_is_certificate(&task->sol[kind]);
     const bool is_full = param_int(&task->params, IPAR_ANALYZE_DETAIL) == ANALYSIS_FULL;
+    const auto num_names = static_cast<size_t>(param_int(&task->params, IPAR_ANALYZE_SOLUTION_NAMES));
     v.task = task;
     v.m = task->problem.get();
     v.kind = kind;
     v.tol = check_tolerances_of(&task->params);
     v.sol = task->sol[kind];
-    v.num_listed = is_full ? full_names : (is_certificate ? screen_entries : screen_names);
+    v.num_listed = is_full ? full_names : (is_certificate ? screen_entries : num_names);
 
     text_append(&v.text, "\nAnalysis of the %s solution\n", words_solution_kind(kind));
     add_status(&v);

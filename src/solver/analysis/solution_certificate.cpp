@@ -21,7 +21,7 @@ static void add_check(solution_view *v, const certificate_proof *p)
         v->text += "  Check            fails: it proves nothing\n";
     else
         text_append(&v->text, "  Check            %s: the residual is %.3g times what is allowed\n",
-                    p->ratio <= check_near_factor ? "holds nearly" : "fails", p->ratio);
+                    p->ratio <= v->tol.near ? "holds nearly" : "fails", p->ratio);
 }
 
 static void collect_sides(const std::vector<double> &on_side, bool is_row, bool is_upper,

@@ -1,6 +1,7 @@
 /* conic.cpp - the entry that rewrites a task's problem in conic form. */
 #include "solver/api/api.h"
-#include "solver/conic/conic_form.h"
+#include "solver/engines/quadratic.h"
+#include "solver/report/clock.h"
 
 static std::string counted(int32_t num, const char *one, const char *more)
 {
@@ -35,17 +36,18 @@ int32_t ZLR_toconic(ZLR_task *task)
 {
     return api_task(task, [&]() -> int32_t {
         if (task->problem->qobj.empty() && task->problem->qcon.empty()) return ZLR_RES_OK;
-        std::shared_ptr<model> form;
-        conic_map map;
-        std::string message;
-        const int32_t res = conic_form(task->problem.get(), false, &form, &map, &message);
-        if (res != ZLR_RES_OK) {
-            streams_write(&task->streams, ZLR_STREAM_ERR, message.c_str());
-            return res;
+        run_watch watch;
+        quadratic_look found;
+        watch.task = task;
+        watch.start_s = clock_now_s();
+        if (!quadratic_look_at(&watch, task->problem, QUADRATIC_EVERYTHING, &found)) return watch.stop_code;
+        if (found.code != ZLR_RES_OK) {
+            streams_write(&task->streams, ZLR_STREAM_ERR, found.message.c_str());
+            return found.code;
         }
         task_drop_solutions(task);
-        task->problem = std::move(form);
-        tell_form(&task->streams, &map);
+        task->problem = std::move(found.form);
+        tell_form(&task->streams, &found.map);
         return ZLR_RES_OK;
     });
 }

@@ -1,6 +1,7 @@
 /* env.cpp - environments: making and deleting them, licence settings, banner, memory. */
 #include "solver/api/api.h"
 #include "solver/codes/version.h"
+#include "solver/engines/exit_guard.h"
 #include "solver/report/banner.h"
 
 #include <cstring>
@@ -53,6 +54,7 @@ int32_t ZLR_deleteenv(ZLR_env **env)
     (void)sysenv_delete(source_name, __LINE__, &(*env)->sys); /* the count of leaks is in the debug file */
     delete *env;
     *env = nullptr;
+    exit_guard_arm_again();
     return res;
 }
 

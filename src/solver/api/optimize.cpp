@@ -79,6 +79,21 @@ int32_t ZLR_getdualobj(ZLR_task *task, int32_t kind, double *value)
     return get_value(task, kind, &solution::dual_obj, value);
 }
 
+int32_t ZLR_getintinf(ZLR_task *task, int32_t item, int32_t *value)
+{
+    return api_task(task, [&]() -> int32_t {
+        int64_t found = 0;
+        switch (item) {
+        case ZLR_IINF_IPM_ITERATIONS: found = task->run.ipm_iterations; break;
+        case ZLR_IINF_SIMPLEX_ITERATIONS: found = task->run.simplex_iterations; break;
+        case ZLR_IINF_NODES: found = task->run.nodes; break;
+        default: return ZLR_RES_ERR_INDEX;
+        }
+        api_put(value, static_cast<int32_t>(std::min<int64_t>(found, INT32_MAX)));
+        return ZLR_RES_OK;
+    });
+}
+
 template <class value_type> static void copy_out(const std::vector<value_type> &from, value_type *to)
 {
     if (to != nullptr) std::copy(from.begin(), from.end(), to);

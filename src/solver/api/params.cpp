@@ -3,6 +3,14 @@
 
 #include <cstring>
 
+/* The log follows LOG_FILE from the next text on. */
+static int32_t follow_log_file(ZLR_task *task, int32_t code)
+{
+    streams_name_log_file(&task->streams, param_str(&task->params, SPAR_LOG_FILE),
+                          param_int(&task->params, IPAR_LOG_FILE_MODE) == LOG_FILE_APPEND);
+    return code;
+}
+
 int32_t ZLR_putdouparam(ZLR_task *task, int32_t param, double value)
 {
     return api_task(task, [&] { return param_put_double(&task->params, param, value, &task->streams); });
@@ -10,14 +18,15 @@ int32_t ZLR_putdouparam(ZLR_task *task, int32_t param, double value)
 
 int32_t ZLR_putintparam(ZLR_task *task, int32_t param, int32_t value)
 {
-    return api_task(task, [&] { return param_put_int(&task->params, param, value, &task->streams); });
+    return api_task(task,
+                    [&] { return follow_log_file(task, param_put_int(&task->params, param, value, &task->streams)); });
 }
 
 int32_t ZLR_putstrparam(ZLR_task *task, int32_t param, const char *value)
 {
     return api_task(task, [&]() -> int32_t {
         if (value == nullptr) return ZLR_RES_ERR_NULL_POINTER;
-        return param_put_str(&task->params, param, value, &task->streams);
+        return follow_log_file(task, param_put_str(&task->params, param, value, &task->streams));
     });
 }
 
@@ -58,7 +67,7 @@ int32_t ZLR_putparam(ZLR_task *task, const char *name, const char *value)
 {
     return api_task(task, [&]() -> int32_t {
         if (name == nullptr || value == nullptr) return ZLR_RES_ERR_NULL_POINTER;
-        return param_put_text(&task->params, name, value, &task->streams);
+        return follow_log_file(task, param_put_text(&task->params, name, value, &task->streams));
     });
 }
 
@@ -75,7 +84,7 @@ int32_t ZLR_readparamfile(ZLR_task *task, const char *filename)
 {
     return api_task(task, [&]() -> int32_t {
         if (filename == nullptr) return ZLR_RES_ERR_NULL_POINTER;
-        return param_read_file(&task->params, task->env->sys, filename, &task->streams);
+        return follow_log_file(task, param_read_file(&task->params, task->env->sys, filename, &task->streams));
     });
 }
 

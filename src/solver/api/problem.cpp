@@ -265,7 +265,7 @@ int32_t ZLR_getcone(ZLR_task *task, int32_t k, int32_t *type, int32_t *num, int3
 /* Whether an index occurs twice. Columns are short as a rule: those are compared as they stand. */
 static bool has_twice(int32_t num, const int32_t *sub)
 {
-    constexpr int32_t few = 16;
+    constexpr int32_t few = 24;
     if (num > few) {
         std::vector<int32_t> sorted(sub, sub + num);
         std::sort(sorted.begin(), sorted.end());

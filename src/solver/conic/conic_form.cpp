@@ -22,6 +22,8 @@ struct form_builder {
     std::vector<std::string> rows; /* all equal 0 */
     std::vector<new_entry> entries;
     std::vector<uint8_t> in_cone; /* by column of the problem */
+    work_effort *effort;
+    double tolerance;
 };
 
 static int32_t add_column(form_builder *b, const std::string &name, double cost, double lower, double upper)
@@ -49,11 +51,11 @@ static int32_t add_linked_column(form_builder *b, const std::string &name, const
 static int32_t add_epigraph(form_builder *b, const std::string &name, const std::vector<quad_term> &terms, double sign,
                             double cost)
 {
-    const quad_parts parts = quad_split(terms);
+    const quad_parts parts = quad_split(terms, b->effort, b->tolerance);
     linear_forms forms;
     for (int32_t p = 0; p < quad_num_parts(&parts); p++) {
         const quad_part part = quad_part_at(&parts, p);
-        quad_part_factor(&part, sign, &forms);
+        quad_part_factor(&part, sign, &forms, b->effort);
     }
     if (forms_num(&forms) == 0) return -1;
     model_cone cone;
@@ -119,6 +121,7 @@ static void add_rows(form_builder *b, const std::vector<disguised_cone> *disguis
 {
     auto next = disguised->begin();
     for (const quad_row &q : b->m->qcon) {
+        if (effort_is_over(b->effort)) return;
         const double sign = convexity_row_sign(b->m, q.row);
         if (next != disguised->end() && next->row == q.row) {
             add_disguised(b, &*next++);
@@ -211,24 +214,35 @@ static bool has_room(const form_builder *b)
     return fits(b->m->num_var, b->columns.size()) && fits(b->m->num_con, b->rows.size());
 }
 
+/* What is copied, and what is new with its names, by the entry. */
+static constexpr double copy_steps = 10.0, new_steps = 800.0;
+
+static double size_of(const model *m)
+{
+    return static_cast<double>(m->num_con) + static_cast<double>(m->num_var) + static_cast<double>(m->a.row.size());
+}
+
 int32_t conic_form(const model *m, bool keep_objective, std::shared_ptr<model> *form, conic_map *map,
-                   std::string *message)
+                   std::string *message, work_effort *effort, const convexity_rules &rules)
 {
     form->reset();
     *map = {};
     message->clear();
-    convexity found = convexity_check(m);
+    convexity found = convexity_check(m, effort, rules);
+    if (effort_is_over(effort)) return ZLR_RES_OK;
     if (found.code != ZLR_RES_OK) {
         *message = std::move(found.message);
         return found.code;
     }
+    if (!effort_take(effort, copy_steps * size_of(m))) return ZLR_RES_OK;
     auto made = std::make_shared<model>(*m);
     made->qcon.clear();
     map->num_con = m->num_con;
     map->num_var = m->num_var;
     map->num_cones = model_num_cones(m);
 
-    form_builder b = {m, made.get(), map, {}, {}, {}, std::vector<uint8_t>(static_cast<size_t>(m->num_var))};
+    form_builder b = {m,      made.get(),     map, {}, {}, {}, std::vector<uint8_t>(static_cast<size_t>(m->num_var)),
+                      effort, rules.tolerance};
     for (const model_cone &cone : m->cones)
         for (const int32_t j : cone.member) b.in_cone[static_cast<size_t>(j)] = 1;
     add_rows(&b, &found.disguised);
@@ -240,6 +254,8 @@ int32_t conic_form(const model *m, bool keep_objective, std::shared_ptr<model> *
     map->new_var = static_cast<int32_t>(b.columns.size());
     map->new_con = static_cast<int32_t>(b.rows.size());
     map->new_cones = model_num_cones(made.get()) - map->num_cones;
+    if (!effort_take(effort, copy_steps * size_of(m) + new_steps * static_cast<double>(b.entries.size())))
+        return ZLR_RES_OK;
     put_new(&b);
     *form = std::move(made);
     return ZLR_RES_OK;

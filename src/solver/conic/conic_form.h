@@ -48,9 +48,9 @@ struct conic_map {
 
 /* Makes the form. `keep_objective` leaves a quadratic objective to engines that take one. On failure (the codes of
  * convexity_check, or ZLR_RES_ERR_SPACE beyond the numbers of rows and columns there can be) *form is null and *message
- * says why, in whole lines. */
+ * says why, in whole lines. Where the effort was given up *form is null, and nothing else means anything. */
 int32_t conic_form(const model *m, bool keep_objective, std::shared_ptr<model> *form, conic_map *map,
-                   std::string *message);
+                   std::string *message, work_effort *effort = nullptr, const convexity_rules &rules = {});
 
 /* The solution of the problem that a solution of the form is: x, y, the duals of cones that the problem has itself, the
  * reduced costs and activities computed anew from the problem's data. Works on what has_primal and has_dual say is

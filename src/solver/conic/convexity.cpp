@@ -65,9 +65,10 @@ static std::string witness_text(const model *m, const quad_witness *witness)
 }
 
 /* Whether a form has the sign; where not, `*why` says so. */
-static bool form_has_sign(const model *m, const std::vector<quad_term> &terms, double sign, std::string *why)
+static bool form_has_sign(const model *m, const std::vector<quad_term> &terms, double sign, double tolerance,
+                          std::string *why, work_effort *effort)
 {
-    const quad_parts parts = quad_split(terms);
+    const quad_parts parts = quad_split(terms, effort, tolerance);
     if (!parts.is_finite) {
         *why = "its quadratic part has an infinite coefficient.";
         return false;
@@ -75,7 +76,7 @@ static bool form_has_sign(const model *m, const std::vector<quad_term> &terms, d
     quad_witness witness;
     for (int32_t p = 0; p < quad_num_parts(&parts); p++) {
         const quad_part part = quad_part_at(&parts, p);
-        if (quad_part_has_sign(&part, sign, &witness)) continue;
+        if (quad_part_has_sign(&part, sign, &witness, effort)) continue;
         *why =
             text_format("its quadratic part must not be %s anywhere, and is ", sign > 0.0 ? "negative" : "positive") +
             witness_text(m, &witness) + ".";
@@ -96,17 +97,18 @@ static void fail(convexity *out, int32_t code, int32_t row, const std::string &t
     out->message = wrapped(text);
 }
 
-static void check_objective(const model *m, convexity *out)
+static void check_objective(const model *m, const convexity_rules *rules, convexity *out, work_effort *effort)
 {
     const bool is_min = m->sense == ZLR_SENSE_MIN;
     std::string why;
-    if (form_has_sign(m, m->qobj, convexity_objective_sign(m), &why)) return;
+    if (form_has_sign(m, m->qobj, convexity_objective_sign(m), rules->tolerance, &why, effort)) return;
     fail(out, ZLR_RES_ERR_NONCONVEX, -1,
          std::string("The objective is not ") +
              (is_min ? "convex: in a minimisation " : "concave: in a maximisation ") + why);
 }
 
-static void check_row(const model *m, const quad_row *q, bool has_linear, convexity *out)
+static void check_row(const model *m, const quad_row *q, bool has_linear, const convexity_rules *rules, convexity *out,
+                      work_effort *effort)
 {
     const double lower = m->con_lower[static_cast<size_t>(q->row)], upper = m->con_upper[static_cast<size_t>(q->row)];
     const double sign = convexity_row_sign(m, q->row);
@@ -128,9 +130,9 @@ static void check_row(const model *m, const quad_row *q, bool has_linear, convex
         return;
     }
     std::string why, near_miss;
-    if (form_has_sign(m, q->terms, sign, &why)) return;
+    if (form_has_sign(m, q->terms, sign, rules->tolerance, &why, effort)) return;
     disguised_cone cone;
-    if (disguise_of_row(m, q, has_linear, &cone, &near_miss)) {
+    if (rules->disguised && disguise_of_row(m, q, has_linear, &cone, &near_miss, effort, rules->tolerance)) {
         out->disguised.push_back(std::move(cone));
         return;
     }
@@ -139,15 +141,16 @@ static void check_row(const model *m, const quad_row *q, bool has_linear, convex
     fail(out, ZLR_RES_ERR_NONCONVEX, q->row, text);
 }
 
-convexity convexity_check(const model *m)
+convexity convexity_check(const model *m, work_effort *effort, const convexity_rules &rules)
 {
     convexity out;
-    check_objective(m, &out);
+    check_objective(m, &rules, &out, effort);
     if (out.code != ZLR_RES_OK || m->qcon.empty()) return out;
+    if (!effort_take(effort, static_cast<double>(m->a.row.size()))) return out;
     const std::vector<uint8_t> linear = disguise_linear_rows(m);
     for (const quad_row &q : m->qcon) {
-        check_row(m, &q, linear[static_cast<size_t>(q.row)] != 0, &out);
-        if (out.code != ZLR_RES_OK) break;
+        check_row(m, &q, linear[static_cast<size_t>(q.row)] != 0, &rules, &out, effort);
+        if (out.code != ZLR_RES_OK || effort_is_over(effort)) break;
     }
     return out;
 }

@@ -17,11 +17,11 @@ struct candidate {
 };
 
 /* The one part without the sign, if it is a square or a product. */
-static bool find_candidate(const quad_parts *parts, double sign, candidate *out)
+static bool find_candidate(const quad_parts *parts, double sign, candidate *out, work_effort *effort)
 {
     for (int32_t p = 0; p < quad_num_parts(parts); p++) {
         const quad_part part = quad_part_at(parts, p);
-        if (quad_part_has_sign(&part, sign, nullptr)) continue;
+        if (quad_part_has_sign(&part, sign, nullptr, effort)) continue;
         if (out->part >= 0 || part.num > 2 || part.num_terms != 1) return false;
         const bool is_product = part.num == 2;
         const double weight = -sign * part.term[0].value;
@@ -32,7 +32,8 @@ static bool find_candidate(const quad_parts *parts, double sign, candidate *out)
 }
 
 /* The rest, divided by the weight. */
-static void make_tail(const quad_parts *parts, double sign, const candidate *found, linear_forms *tail)
+static void make_tail(const quad_parts *parts, double sign, const candidate *found, linear_forms *tail,
+                      work_effort *effort)
 {
     std::vector<quad_term> terms;
     for (int32_t p = 0; p < quad_num_parts(parts); p++) {
@@ -41,7 +42,7 @@ static void make_tail(const quad_parts *parts, double sign, const candidate *fou
         terms.assign(part.term, part.term + part.num_terms);
         for (quad_term &t : terms) t.value /= found->weight;
         part.term = terms.data();
-        quad_part_factor(&part, sign, tail);
+        quad_part_factor(&part, sign, tail, effort);
     }
 }
 
@@ -61,7 +62,8 @@ static std::string obstacle(const model *m, const candidate *found, bool has_lin
     return reasons.size() == 1 ? reasons[0] : "?";
 }
 
-bool disguise_of_row(const model *m, const quad_row *q, bool has_linear, disguised_cone *cone, std::string *near_miss)
+bool disguise_of_row(const model *m, const quad_row *q, bool has_linear, disguised_cone *cone, std::string *near_miss,
+                     work_effort *effort, double tolerance)
 {
     if (near_miss != nullptr) near_miss->clear();
     const auto at = static_cast<size_t>(q->row);
@@ -70,9 +72,9 @@ bool disguise_of_row(const model *m, const quad_row *q, bool has_linear, disguis
     const double sign = has_upper ? 1.0 : -1.0;
     const double side = has_upper ? m->con_upper[at] : -m->con_lower[at];
 
-    const quad_parts parts = quad_split(q->terms);
+    const quad_parts parts = quad_split(q->terms, effort, tolerance);
     candidate found;
-    if (!parts.is_finite || !std::isfinite(side) || !find_candidate(&parts, sign, &found)) return false;
+    if (!parts.is_finite || !std::isfinite(side) || !find_candidate(&parts, sign, &found, effort)) return false;
     const std::string reason = obstacle(m, &found, has_linear, side);
     if (!reason.empty()) {
         if (near_miss != nullptr && reason != "?") *near_miss = reason;
@@ -83,7 +85,7 @@ bool disguise_of_row(const model *m, const quad_row *q, bool has_linear, disguis
     cone->row = q->row;
     cone->type = found.head[1] >= 0 ? ZLR_CT_RQUAD : ZLR_CT_QUAD;
     std::copy_n(found.head, 2, cone->head);
-    make_tail(&parts, sign, &found, &cone->tail);
+    make_tail(&parts, sign, &found, &cone->tail, effort);
     cone->constant = std::sqrt(-2.0 * side / found.weight);
     return true;
 }

@@ -23,7 +23,8 @@ struct disguised_cone {
 
 /* Whether a row, whose quadratic part has not the sign that its side needs, is a cone. `has_linear`: whether it has a
  * linear part. Where one fact alone is in the way, `*near_miss` says which. Either output may be null. */
-bool disguise_of_row(const model *m, const quad_row *q, bool has_linear, disguised_cone *cone, std::string *near_miss);
+bool disguise_of_row(const model *m, const quad_row *q, bool has_linear, disguised_cone *cone, std::string *near_miss,
+                     work_effort *effort = nullptr, double tolerance = quad_sign_tolerance);
 
 /* The rows of a model that are such cones, ascending. */
 std::vector<disguised_cone> disguise_list(const model *m);

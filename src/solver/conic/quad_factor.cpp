@@ -38,7 +38,8 @@ static void append_columns(const quad_part *part, const quad_scaled *scaled, con
  * the library's own pivoting takes n^3 and divides by remainders. An entry that becomes negative shows that C is off
  * by more than what is left: then no more is taken away. Returns the rank; the columns of L have their rows in the
  * part's order. */
-static Eigen::Index factor_semidefinite(const Eigen::MatrixXd &c, Eigen::MatrixXd *lower)
+static Eigen::Index factor_semidefinite(const Eigen::MatrixXd &c, double tolerance, Eigen::MatrixXd *lower,
+                                        work_effort *effort)
 {
     const double rank_limit = 4.0 * negligible * static_cast<double>(c.rows());
     Eigen::VectorXd left = c.diagonal();
@@ -47,6 +48,7 @@ static Eigen::Index factor_semidefinite(const Eigen::MatrixXd &c, Eigen::MatrixX
         Eigen::Index pivot = 0;
         const double largest = left.maxCoeff(&pivot);
         if (largest <= rank_limit) return k;
+        if (!effort_take(effort, static_cast<double>(c.rows()) * static_cast<double>(k))) return k;
         auto column = lower->col(k);
         column = c.col(pivot);
         column.noalias() -= lower->leftCols(k) * lower->row(pivot).head(k).transpose();
@@ -57,13 +59,14 @@ static Eigen::Index factor_semidefinite(const Eigen::MatrixXd &c, Eigen::MatrixX
         left -= column.cwiseAbs2();
         left[pivot] = -model_inf;
         for (Eigen::Index i = 0; i < c.rows(); i++)
-            if (left[i] < -quad_sign_tolerance && left[i] != -model_inf) return k;
+            if (left[i] < -tolerance && left[i] != -model_inf) return k;
     }
     return c.rows();
 }
 
-static void factor_dense(const quad_part *part, const quad_scaled *scaled, linear_forms *forms)
+static void factor_dense(const quad_part *part, const quad_scaled *scaled, linear_forms *forms, work_effort *effort)
 {
+    if (!effort_take(effort, std::pow(static_cast<double>(part->num), 3.0) / 3.0)) return;
     const Eigen::MatrixXd c = quad_to_dense(scaled, 0.0);
     const Eigen::LLT<Eigen::MatrixXd> llt(c);
     Eigen::MatrixXd lower;
@@ -71,33 +74,36 @@ static void factor_dense(const quad_part *part, const quad_scaled *scaled, linea
     if (llt.info() == Eigen::Success && llt.matrixLLT().diagonal().minCoeff() > definite_root)
         lower = llt.matrixL();
     else
-        rank = factor_semidefinite(c, &lower);
+        rank = factor_semidefinite(c, part->tolerance, &lower, effort);
     append_columns(part, scaled, lower, rank, forms);
 }
 
 /* No pivoting here, which would fill the factor: a pivot of 0 in the middle would be divided by, and a shift of the
  * diagonal keeps it away from 0. The smallest one that does is taken; the last is the one that the test of the sign has
  * shown to do. A definite part needs none. */
-static double factor_shifted(const quad_scaled *scaled, quad_sparse_ldlt *ldlt)
+static double factor_shifted(const quad_scaled *scaled, quad_sparse_ldlt *ldlt, work_effort *effort)
 {
     static constexpr double shifts[] = {0.0, 1e-12, 1e-11, 1e-10, 1e-9};
     const quad_sparse matrix = quad_to_sparse(scaled, 0.0);
-    ldlt->analyzePattern(matrix);
+    if (!quad_analyze(matrix, ldlt, effort)) return 0.0;
     for (const double shift : shifts) {
+        if (shift > 0.0 && !effort_take(effort, 2.0 * ldlt->operations())) return shift;
         ldlt->setShift(shift);
         ldlt->factorize(matrix);
         const double least = shift > 0.0 ? shift / 2 : definite_root * definite_root;
         if (ldlt->info() == Eigen::Success && ldlt->vectorD().minCoeff() > least) return shift;
     }
-    ldlt->setShift(2.0 * quad_sign_tolerance);
+    if (!effort_take(effort, 2.0 * ldlt->operations())) return 0.0;
+    ldlt->setShift(2.0 * scaled->tolerance);
     ldlt->factorize(matrix);
-    return 2.0 * quad_sign_tolerance;
+    return 2.0 * scaled->tolerance;
 }
 
-static void factor_sparse(const quad_part *part, const quad_scaled *scaled, linear_forms *forms)
+static void factor_sparse(const quad_part *part, const quad_scaled *scaled, linear_forms *forms, work_effort *effort)
 {
     quad_sparse_ldlt ldlt;
-    const double shift = factor_shifted(scaled, &ldlt);
+    const double shift = factor_shifted(scaled, &ldlt, effort);
+    if (effort_is_over(effort)) return;
     const Eigen::VectorXd pivots = ldlt.vectorD();
     const auto &lower = ldlt.matrixL().nestedExpression();
     const auto &place = ldlt.permutationPinv().indices(); /* of a column of L, its number in the part */
@@ -114,14 +120,15 @@ static void factor_sparse(const quad_part *part, const quad_scaled *scaled, line
     }
 }
 
-void quad_part_factor(const quad_part *part, double sign, linear_forms *forms)
+void quad_part_factor(const quad_part *part, double sign, linear_forms *forms, work_effort *effort)
 {
+    if (effort_is_over(effort)) return;
     const std::vector<double> diagonal = quad_diagonal(part, sign);
     if (*std::min_element(diagonal.begin(), diagonal.end()) <= 0.0) {
         reduced_part less;
         if (!quad_leave_remainders(part, sign, &less)) return; /* it has not the sign */
         const quad_part rest = quad_view(&less);
-        if (rest.num > 0) quad_part_factor(&rest, sign, forms);
+        if (rest.num > 0) quad_part_factor(&rest, sign, forms, effort);
         return;
     }
     const quad_scaled scaled = quad_scale(part, sign, diagonal);
@@ -129,8 +136,8 @@ void quad_part_factor(const quad_part *part, double sign, linear_forms *forms)
         append_entry(part, &scaled, 0, 1.0, forms);
         end_row(forms);
     } else if (quad_is_dense(part)) {
-        factor_dense(part, &scaled, forms);
+        factor_dense(part, &scaled, forms, effort);
     } else {
-        factor_sparse(part, &scaled, forms);
+        factor_sparse(part, &scaled, forms, effort);
     }
 }

@@ -56,9 +56,14 @@ static std::vector<int32_t> part_numbers(size_t num, const std::vector<quad_term
     return part;
 }
 
-quad_parts quad_split(const std::vector<quad_term> &terms)
+/* Sorting and two counting sorts, by the term. */
+static constexpr double split_steps = 180.0;
+
+quad_parts quad_split(const std::vector<quad_term> &terms, work_effort *effort, double tolerance)
 {
     quad_parts out;
+    out.tolerance = tolerance;
+    if (!effort_take(effort, split_steps * static_cast<double>(terms.size()))) return out;
     out.is_finite = std::all_of(terms.begin(), terms.end(), [](const quad_term &t) { return std::isfinite(t.value); });
     if (!out.is_finite) return out;
 
@@ -99,5 +104,5 @@ quad_part quad_part_at(const quad_parts *parts, int32_t p)
     const int32_t begin = parts->first[at];
     const int64_t term = parts->first_term[at];
     return {parts->column.data() + begin, parts->first[at + 1] - begin, parts->term.data() + term,
-            parts->first_term[at + 1] - term};
+            parts->first_term[at + 1] - term, parts->tolerance};
 }

@@ -2,9 +2,11 @@
  *
  * Two columns are connected where they have a term together. Parts have no term in common, so a form is positive
  * semidefinite when each part is, and it is factored part by part: a diagonal form costs no more than a pass over it.
- * */
+ * Other parts can cost as much as a full matrix of their size: what takes an effort (effort.h) may give it up, which
+ * whoever gave it has to look for. Without one everything is done. */
 #pragma once
 
+#include "solver/conic/effort.h"
 #include "solver/model/model.h"
 
 #include <string>
@@ -19,6 +21,7 @@ struct quad_parts {
     std::vector<quad_term> term;
     std::vector<int64_t> first_term = {0};
     bool is_finite = true; /* whether every term is; nothing else is filled in where one is not */
+    double tolerance;      /* what its parts are judged with: see quad_sign_tolerance */
 };
 
 /* One part, as a view. */
@@ -27,19 +30,23 @@ struct quad_part {
     int32_t num;
     const quad_term *term;
     int64_t num_terms;
+    double tolerance;
 };
 
-quad_parts quad_split(const std::vector<quad_term> &terms);
+/* What may be missing to a sign; see there. */
+inline constexpr double quad_sign_tolerance = 1e-8;
+
+quad_parts quad_split(const std::vector<quad_term> &terms, work_effort *effort = nullptr,
+                      double tolerance = quad_sign_tolerance);
 inline int32_t quad_num_parts(const quad_parts *parts) { return static_cast<int32_t>(parts->first.size()) - 1; }
 quad_part quad_part_at(const quad_parts *parts, int32_t p);
 
 /* ---- signs
  *
  * `sign` 1 asks for x'Qx >= 0 everywhere, -1 for x'Qx <= 0. With the columns scaled so that the diagonal is 1, which no
- * choice of units changes, the least eigenvalue may be as low as -quad_sign_tolerance. The coefficients of a form that
+ * choice of units changes, the least eigenvalue may be as low as -tolerance, by default quad_sign_tolerance. The coefficients of a form that
  * is semidefinite in exact numbers come rounded: with 9 digits the eigenvalues of the scaled matrix move by some 1e-9.
  * And what passes is wrong by less than engines and checks can see, whose tolerances start at 1e-8. */
-inline constexpr double quad_sign_tolerance = 1e-8;
 
 /* What stands on a row of Q whose diagonal entry is not above 0 is a remainder of a sum that came out as 0, and taken
  * for 0, where it is at most so many times the largest diagonal entry of the part. */
@@ -53,7 +60,7 @@ struct quad_witness {
 };
 
 /* Whether a part has the sign. Where not, and `witness` is not null, it gets a point that shows it. */
-bool quad_part_has_sign(const quad_part *part, double sign, quad_witness *witness);
+bool quad_part_has_sign(const quad_part *part, double sign, quad_witness *witness, work_effort *effort = nullptr);
 
 /* ---- factors */
 
@@ -68,4 +75,4 @@ inline int64_t forms_num(const linear_forms *forms) { return static_cast<int64_t
 /* Appends F with F'F = sign * Q for a part that has the sign, with as many rows as Q has rank. Exact up to rounding;
  * large sparse parts that are singular, up to 1e-12 of the diagonal, more only where Q itself is that far from
  * semidefinite. */
-void quad_part_factor(const quad_part *part, double sign, linear_forms *forms);
+void quad_part_factor(const quad_part *part, double sign, linear_forms *forms, work_effort *effort = nullptr);

@@ -27,6 +27,7 @@ bool quad_leave_remainders(const quad_part *part, double sign, reduced_part *out
     if (std::find(is_zero.begin(), is_zero.end(), 1) == is_zero.end()) return false;
 
     *out = {};
+    out->tolerance = part->tolerance;
     std::vector<int32_t> number(diagonal.size(), -1);
     for (size_t i = 0; i < number.size(); i++) {
         if (is_zero[i]) continue;
@@ -44,12 +45,13 @@ bool quad_leave_remainders(const quad_part *part, double sign, reduced_part *out
 quad_part quad_view(const reduced_part *part)
 {
     return {part->column.data(), static_cast<int32_t>(part->column.size()), part->term.data(),
-            static_cast<int64_t>(part->term.size())};
+            static_cast<int64_t>(part->term.size()), part->tolerance};
 }
 
 quad_scaled quad_scale(const quad_part *part, double sign, const std::vector<double> &diagonal)
 {
     quad_scaled out;
+    out.tolerance = part->tolerance;
     out.scale.resize(diagonal.size());
     std::transform(diagonal.begin(), diagonal.end(), out.scale.begin(), [](double d) { return std::sqrt(d); });
     for (int64_t k = 0; k < part->num_terms; k++) {

@@ -8,6 +8,7 @@
 struct reduced_part {
     std::vector<int32_t> column;
     std::vector<quad_term> term;
+    double tolerance; /* of the part that it is made of */
 };
 
 /* Whether a column was left out. */
@@ -18,6 +19,7 @@ quad_part quad_view(const reduced_part *part);
 struct quad_scaled {
     std::vector<double> scale;
     std::vector<quad_term> term; /* of C, off the diagonal */
+    double tolerance;            /* of the part */
 };
 
 std::vector<double> quad_diagonal(const quad_part *part, double sign);

@@ -28,6 +28,14 @@ Eigen::MatrixXd quad_to_dense(const quad_scaled *scaled, double shift)
     return out;
 }
 
+bool quad_analyze(const quad_sparse &matrix, quad_sparse_ldlt *ldlt, work_effort *effort)
+{
+    static constexpr double order_steps = 300.0; /* by the entry */
+    if (!effort_take(effort, order_steps * static_cast<double>(matrix.nonZeros()))) return false;
+    ldlt->analyzePattern(matrix);
+    return effort_take(effort, 2.0 * ldlt->operations());
+}
+
 /* ---- points that show a wrong sign */
 
 static void set_witness(const quad_part *part, const double *x, quad_witness *witness)
@@ -82,7 +90,7 @@ static bool diagonal_fits(const quad_part *part, double sign, const std::vector<
 static bool pairs_fit(const quad_part *part, const quad_scaled *scaled, quad_witness *witness)
 {
     for (const quad_term &t : scaled->term) {
-        if (std::fabs(t.value) <= 1.0 + quad_sign_tolerance) continue;
+        if (std::fabs(t.value) <= 1.0 + part->tolerance) continue;
         const double a = scaled->scale[static_cast<size_t>(t.i)], b = scaled->scale[static_cast<size_t>(t.j)];
         const double least = std::min(a, b); /* x = 1/scale, made so that the largest is 1 */
         set_pair_witness(part, t.i, least / a, t.j, std::copysign(least / b, -t.value), witness);
@@ -102,7 +110,7 @@ static bool diagonal_dominates(const quad_part *part, const std::vector<double> 
         sum[static_cast<size_t>(t.j)] += std::fabs(t.value);
     }
     for (size_t i = 0; i < sum.size(); i++)
-        if (sum[i] > diagonal[i] * (1.0 + quad_sign_tolerance)) return false;
+        if (sum[i] > diagonal[i] * (1.0 + part->tolerance)) return false;
     return true;
 }
 
@@ -122,10 +130,12 @@ static void set_scaled_witness(const quad_part *part, const quad_scaled *scaled,
 
 /* The first pivot of LDL' that is not above 0 gives a direction d, L'd = e_k, with d'(C + shift I)d = that pivot. The
  * columns of L behind k are not used: they need not be there. */
-static bool sparse_fits(const quad_part *part, const quad_scaled *scaled, quad_witness *witness)
+static bool sparse_fits(const quad_part *part, const quad_scaled *scaled, quad_witness *witness, work_effort *effort)
 {
     quad_sparse_ldlt ldlt;
-    ldlt.compute(quad_to_sparse(scaled, quad_sign_tolerance));
+    const quad_sparse matrix = quad_to_sparse(scaled, part->tolerance);
+    if (!quad_analyze(matrix, &ldlt, effort)) return true;
+    ldlt.factorize(matrix);
     const Eigen::VectorXd pivots = ldlt.vectorD();
     Eigen::Index bad = 0;
     while (bad < pivots.size() && pivots[bad] > 0.0) bad++;
@@ -143,21 +153,25 @@ static bool sparse_fits(const quad_part *part, const quad_scaled *scaled, quad_w
     return false;
 }
 
-static bool dense_fits(const quad_part *part, const quad_scaled *scaled, quad_witness *witness)
+static bool dense_fits(const quad_part *part, const quad_scaled *scaled, quad_witness *witness, work_effort *effort)
 {
-    Eigen::LLT<Eigen::MatrixXd> llt(quad_to_dense(scaled, quad_sign_tolerance));
+    const double cube = std::pow(static_cast<double>(part->num), 3.0);
+    if (!effort_take(effort, cube / 3.0)) return true;
+    Eigen::LLT<Eigen::MatrixXd> llt(quad_to_dense(scaled, part->tolerance));
     if (llt.info() == Eigen::Success) return true;
     if (witness == nullptr) return false;
     /* The eigenvector is the clearest point, but takes thirty times as long as the factorisation. */
-    if (part->num > quad_dense_size) return sparse_fits(part, scaled, witness);
+    if (part->num > quad_dense_size) return sparse_fits(part, scaled, witness, effort);
+    if (!effort_take(effort, 10.0 * cube)) return true;
     const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> eigen(quad_to_dense(scaled, 0.0));
     const Eigen::VectorXd x = eigen.eigenvectors().col(0);
     set_scaled_witness(part, scaled, x, witness);
     return false;
 }
 
-bool quad_part_has_sign(const quad_part *part, double sign, quad_witness *witness)
+bool quad_part_has_sign(const quad_part *part, double sign, quad_witness *witness, work_effort *effort)
 {
+    if (effort_is_over(effort)) return true;
     const std::vector<double> diagonal = quad_diagonal(part, sign);
     if (part->num == 1) { /* the usual case of a diagonal form; a single square has no scale but its own */
         if (diagonal[0] > 0.0) return true;
@@ -169,7 +183,7 @@ bool quad_part_has_sign(const quad_part *part, double sign, quad_witness *witnes
         reduced_part less;
         if (quad_leave_remainders(part, sign, &less)) {
             const quad_part rest = quad_view(&less);
-            return rest.num == 0 || quad_part_has_sign(&rest, sign, witness);
+            return rest.num == 0 || quad_part_has_sign(&rest, sign, witness, effort);
         }
         if (!diagonal_fits(part, sign, diagonal, witness)) return false;
     }
@@ -177,5 +191,6 @@ bool quad_part_has_sign(const quad_part *part, double sign, quad_witness *witnes
     const quad_scaled scaled = quad_scale(part, sign, diagonal);
     if (!pairs_fit(part, &scaled, witness)) return false;
     if (part->num == 2) return true;
-    return quad_is_dense(part) ? dense_fits(part, &scaled, witness) : sparse_fits(part, &scaled, witness);
+    return quad_is_dense(part) ? dense_fits(part, &scaled, witness, effort)
+                               : sparse_fits(part, &scaled, witness, effort);
 }

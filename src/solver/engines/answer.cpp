@@ -53,7 +53,7 @@ check_result answer_to_solution(const model *m, const check_tolerances *tol, con
     }
     found = check_solution(m, tol, false, sol);
     sol->defined = true;
-    check_set_status(&found, sol);
+    check_set_status(tol, &found, sol);
     return found;
 }
 

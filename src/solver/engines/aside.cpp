@@ -22,6 +22,27 @@ static std::shared_ptr<model> copy_of(const model *m)
     return p;
 }
 
+/* Entries by column, as row and value. */
+typedef std::vector<std::vector<std::pair<int32_t, double>>> column_entries;
+
+/* Puts entries behind those of their columns. */
+static void add_entries(const column_entries &added, sparse_columns *a)
+{
+    sparse_columns all;
+    for (size_t j = 0; j < added.size(); j++) {
+        for (auto k = static_cast<size_t>(a->start[j]); k < static_cast<size_t>(a->start[j + 1]); k++) {
+            all.row.push_back(a->row[k]);
+            all.value.push_back(a->value[k]);
+        }
+        for (const auto &[row, value] : added[j]) {
+            all.row.push_back(row);
+            all.value.push_back(value);
+        }
+        all.start.push_back(static_cast<int64_t>(all.row.size()));
+    }
+    *a = std::move(all);
+}
+
 static void add_slack(model *p, int32_t row, double coefficient)
 {
     p->num_var++;
@@ -47,6 +68,30 @@ std::shared_ptr<model> aside_phase_one(const model *m)
     return p;
 }
 
+static void add_bound_row(model *p, column_entries *added, size_t column)
+{
+    (*added)[column].emplace_back(p->num_con++, 1.0);
+    p->con_lower.push_back(p->var_lower[column]);
+    p->con_upper.push_back(p->var_upper[column]);
+    p->var_lower[column] = -model_inf;
+    p->var_upper[column] = model_inf;
+}
+
+std::shared_ptr<model> aside_conic_phase_one(const model *m)
+{
+    column_entries added(static_cast<size_t>(m->num_var));
+    model with_rows = *copy_of(m);
+    for (const model_cone &cone : m->cones)
+        for (const int32_t member : cone.member) {
+            const auto j = static_cast<size_t>(member);
+            if (std::isfinite(m->var_lower[j]) || std::isfinite(m->var_upper[j])) add_bound_row(&with_rows, &added, j);
+        }
+    add_entries(added, &with_rows.a);
+    std::shared_ptr<model> p = aside_phase_one(&with_rows);
+    p->cones = m->cones;
+    return p;
+}
+
 /* The side of a cone where there was a bound, `open` where there was none. */
 static void recede(std::vector<double> *lower, std::vector<double> *upper, double open)
 {
@@ -54,36 +99,24 @@ static void recede(std::vector<double> *lower, std::vector<double> *upper, doubl
     for (double &side : *upper) side = std::isfinite(side) ? 0.0 : open;
 }
 
-/* Adds the rows Qd = 0 for the objective's Q: a convex quadratic objective improves without end only where it is flat. */
-static void keep_quadratic_flat(const model *m, model *p)
+/* Adds the rows Qd = 0: convex quadratic parts get no worse without end only where they are flat. */
+static void keep_flat(const std::vector<quad_term> &terms, model *p)
 {
-    if (m->qobj.empty()) return;
-    std::vector<int32_t> row_of(static_cast<size_t>(m->num_var), -1);
-    std::vector<std::vector<std::pair<int32_t, double>>> added(row_of.size());
+    if (terms.empty()) return;
+    std::vector<int32_t> row_of(static_cast<size_t>(p->num_var), -1);
+    column_entries added(row_of.size());
     const auto add = [&](int32_t i, int32_t j, double value) {
         int32_t &row = row_of[static_cast<size_t>(i)];
         if (row < 0) row = p->num_con++;
         added[static_cast<size_t>(j)].emplace_back(row, value);
     };
-    for (const quad_term &t : m->qobj) {
+    for (const quad_term &t : terms) {
         add(t.i, t.j, t.value);
         if (t.i != t.j) add(t.j, t.i, t.value);
     }
     p->con_lower.resize(static_cast<size_t>(p->num_con), 0.0);
     p->con_upper.resize(p->con_lower.size(), 0.0);
-    sparse_columns a;
-    for (size_t j = 0; j < row_of.size(); j++) {
-        for (auto k = static_cast<size_t>(p->a.start[j]); k < static_cast<size_t>(p->a.start[j + 1]); k++) {
-            a.row.push_back(p->a.row[k]);
-            a.value.push_back(p->a.value[k]);
-        }
-        for (const auto &[row, value] : added[j]) {
-            a.row.push_back(row);
-            a.value.push_back(value);
-        }
-        a.start.push_back(static_cast<int64_t>(a.row.size()));
-    }
-    p->a = std::move(a);
+    add_entries(added, &p->a);
 }
 
 std::shared_ptr<model> aside_recession(const model *m)
@@ -92,7 +125,9 @@ std::shared_ptr<model> aside_recession(const model *m)
 
     recede(&p->con_lower, &p->con_upper, model_inf);
     recede(&p->var_lower, &p->var_upper, 1.0);
-    keep_quadratic_flat(m, p.get());
+    keep_flat(m->qobj, p.get());
+    for (const quad_row &q : m->qcon) keep_flat(q.terms, p.get());
+    p->cones = m->cones;
     return p;
 }
 
@@ -218,7 +253,7 @@ static void solve_without_matrix(const model *m, const check_tolerances *tol, bo
     if (integers)
         check_set_integer_status(tol, m->sense, &found, true, sol->primal_obj, sol);
     else
-        check_set_status(&found, sol);
+        check_set_status(tol, &found, sol);
 }
 
 bool aside_trivial(const model *m, const check_tolerances *tol, double crossed_tol, bool integers, solution *sol)

@@ -11,8 +11,12 @@
  * multipliers are the proof. Integrality is left out. */
 std::shared_ptr<model> aside_phase_one(const model *m);
 
+/* The same for a problem with cones. Bounds of their columns are rows here, behind the task's own, so that there is always
+ * a point inside of the cones: their multipliers are found even where the task has no such point. */
+std::shared_ptr<model> aside_conic_phase_one(const model *m);
+
 /* Best improvement of the objective along a direction of size at most 1 that never leaves the feasible set: the
- * directions of unboundedness. Integrality is left out. */
+ * directions of unboundedness. Linear but for cones, which are kept; integrality is left out. */
 std::shared_ptr<model> aside_recession(const model *m);
 
 /* The task without its objective, integrality kept: whether there is any feasible point. */

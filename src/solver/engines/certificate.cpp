@@ -152,10 +152,11 @@ static void scale(std::vector<double> *v, double factor)
     for (double &value : *v) value *= factor;
 }
 
-static void set_status(solution *sol, double ratio, int32_t full, int32_t near, int32_t prosta)
+static void set_status(const check_tolerances *tol, solution *sol, double ratio, int32_t full, int32_t near,
+                       int32_t prosta)
 {
     sol->defined = true;
-    sol->solsta = ratio <= 1.0 ? full : (ratio <= check_near_factor ? near : ZLR_SOLSTA_UNKNOWN);
+    sol->solsta = ratio <= 1.0 ? full : (ratio <= tol->near ? near : ZLR_SOLSTA_UNKNOWN);
     sol->prosta = ratio <= 1.0 ? prosta : ZLR_PRO_UNKNOWN;
 }
 
@@ -175,8 +176,9 @@ static void finish_dual(const model *m, const proof *p, solution *sol)
 bool certificate_from_dual_ray(const model *m, const check_tolerances *tol, const std::vector<double> &ray,
                                solution *sol, const std::vector<double> &cone_dual)
 {
-    const double largest = largest_entry(ray);
-    if (!(largest > 0.0) || !std::isfinite(largest)) return false;
+    /* Bounds and cones may contradict each other without a row. */
+    const double largest = std::max(largest_entry(ray), largest_entry(cone_dual));
+    if (ray.size() != static_cast<size_t>(m->num_con) || !(largest > 0.0) || !std::isfinite(largest)) return false;
 
     /* Engines differ in the sign of their rays: the one that proves more is meant. */
     proof best;
@@ -197,7 +199,7 @@ bool certificate_from_dual_ray(const model *m, const check_tolerances *tol, cons
     }
     if (std::isinf(best_ratio)) return false;
     finish_dual(m, &best, sol);
-    set_status(sol, best_ratio, ZLR_SOLSTA_PRIM_INFEAS_CER, ZLR_SOLSTA_NEAR_PRIM_INFEAS_CER, ZLR_PRO_PRIM_INFEAS);
+    set_status(tol, sol, best_ratio, ZLR_SOLSTA_PRIM_INFEAS_CER, ZLR_SOLSTA_NEAR_PRIM_INFEAS_CER, ZLR_PRO_PRIM_INFEAS);
     return best_ratio <= 1.0;
 }
 
@@ -276,7 +278,7 @@ bool certificate_from_primal_ray(const model *m, const check_tolerances *tol, co
     sol->check.row = p.residual;
     sol->check.bound = 0.0;
     sol->has_primal = true;
-    set_status(sol, ratio, ZLR_SOLSTA_DUAL_INFEAS_CER, ZLR_SOLSTA_NEAR_DUAL_INFEAS_CER, ZLR_PRO_DUAL_INFEAS);
+    set_status(tol, sol, ratio, ZLR_SOLSTA_DUAL_INFEAS_CER, ZLR_SOLSTA_NEAR_DUAL_INFEAS_CER, ZLR_PRO_DUAL_INFEAS);
     return ratio <= 1.0;
 }
 
@@ -294,7 +296,8 @@ void certificate_from_crossed_bounds(const model *m, bool is_row, int32_t index,
     sol->dual_obj = sign * (lower - upper);
     sol->check.dual = 0.0;
     sol->has_dual = true;
-    set_status(sol, 0.0, ZLR_SOLSTA_PRIM_INFEAS_CER, ZLR_SOLSTA_PRIM_INFEAS_CER, ZLR_PRO_PRIM_INFEAS);
+    const check_tolerances tol; /* the proof is exact */
+    set_status(&tol, sol, 0.0, ZLR_SOLSTA_PRIM_INFEAS_CER, ZLR_SOLSTA_PRIM_INFEAS_CER, ZLR_PRO_PRIM_INFEAS);
 }
 
 certificate_proof certificate_check(const model *m, const check_tolerances *tol, const solution *sol)

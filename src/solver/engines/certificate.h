@@ -14,7 +14,7 @@
 #include "solver/engines/check.h"
 
 /* Make `sol` the certificate that `ray` gives, of either sign, and set its statuses; near ones where it misses the
- * tolerances by a factor up to check_near_factor. Return whether it is a full certificate. `sol` is complete, of the
+ * tolerances by the factor of a near answer. Return whether it is a full certificate. `sol` is complete, of the
  * model's size. `cone_dual`: an engine's snx with the ray, for columns that are in a cone and have bounds besides. */
 bool certificate_from_dual_ray(const model *m, const check_tolerances *tol, const std::vector<double> &ray,
                                solution *sol, const std::vector<double> &cone_dual = {});

@@ -17,7 +17,9 @@ static double sense_sign(const model *m) { return m->sense == ZLR_SENSE_MAX ? -1
 check_tolerances check_tolerances_of(const param_set *params)
 {
     check_tolerances tol;
-    const double base = param_dou(params, DPAR_CHECK_TOL);
+    const bool has_one = !param_is_default(params, param_find(ZLR_PAR_DOUBLE, DPAR_ENGINE_KKT_TOL));
+    const double one = has_one ? param_dou(params, DPAR_ENGINE_KKT_TOL) : 0.0; /* in place of all of an engine's own */
+    const double base = std::max(param_dou(params, DPAR_CHECK_TOL), one);
     /* A user who lets the engine be less exact must not be told that its answer fails. */
     tol.primal = std::max(base, param_dou(params, DPAR_PRIMAL_FEASIBILITY_TOL));
     tol.dual = std::max(base, param_dou(params, DPAR_DUAL_FEASIBILITY_TOL));
@@ -25,6 +27,7 @@ check_tolerances check_tolerances_of(const param_set *params)
     tol.integer = std::max(base, param_dou(params, DPAR_MIP_FEASIBILITY_TOL));
     tol.mip_rel_gap = param_dou(params, DPAR_MIP_REL_GAP);
     tol.mip_abs_gap = param_dou(params, DPAR_MIP_ABS_GAP);
+    tol.near = param_dou(params, DPAR_CHECK_NEAR_FACTOR);
     return tol;
 }
 
@@ -308,14 +311,13 @@ static double check_dual(const model *m, const check_tolerances *tol, solution *
     return ratio;
 }
 
-/* multiplier * side, 0 for no multiplier: a side that does not exist is infinite. */
-static double weighted(double multiplier, double side) { return multiplier == 0.0 ? 0.0 : multiplier * side; }
-
 static void add_sides(const std::vector<double> &on_lower, const std::vector<double> &on_upper,
-                      const std::vector<double> &lower, const std::vector<double> &upper, double *sum)
+                      const std::vector<double> &lower, const std::vector<double> &upper, exact_sum *sum)
 {
-    for (size_t i = 0; i < on_lower.size(); i++)
-        *sum += weighted(on_lower[i], lower[i]) - weighted(on_upper[i], upper[i]);
+    for (size_t i = 0; i < on_lower.size(); i++) { /* 0 for no multiplier: a side that does not exist is infinite */
+        if (on_lower[i] != 0.0) sum->add_product(on_lower[i], lower[i]);
+        if (on_upper[i] != 0.0) sum->add_product(-on_upper[i], upper[i]);
+    }
 }
 
 static double check_gap(const model *m, const check_tolerances *tol, solution *sol)
@@ -342,9 +344,12 @@ check_result check_solution(const model *m, const check_tolerances *tol, bool in
     found.primal = check_primal(m, tol, integers, sol);
     found.dual = check_dual(m, tol, sol);
     if (sol->has_dual) {
-        sol->dual_obj = m->cfix - gradient_dual_share(m, sol);
-        add_sides(sol->slc, sol->suc, m->con_lower, m->con_upper, &sol->dual_obj);
-        add_sides(sol->slx, sol->sux, m->var_lower, m->var_upper, &sol->dual_obj);
+        exact_sum sum;
+        sum.add(m->cfix);
+        gradient_add_dual_share(m, sol, &sum);
+        add_sides(sol->slc, sol->suc, m->con_lower, m->con_upper, &sum);
+        add_sides(sol->slx, sol->sux, m->var_lower, m->var_upper, &sum);
+        sol->dual_obj = sum.value();
     }
     if (std::isfinite(found.primal) && std::isfinite(found.dual)) found.gap = check_gap(m, tol, sol);
     return found;
@@ -366,10 +371,10 @@ void check_each(const model *m, const check_tolerances *tol, bool integers, cons
     if (primal && dual) each_complementarity(m, tol, sol, tol->gap * check_objective_size(m, sol), shown);
 }
 
-void check_set_status(const check_result *found, solution *sol)
+void check_set_status(const check_tolerances *tol, const check_result *found, solution *sol)
 {
-    const bool primal = found->primal <= 1.0, near_primal = found->primal <= check_near_factor;
-    const bool dual = found->dual <= 1.0, near_dual = found->dual <= check_near_factor;
+    const bool primal = found->primal <= 1.0, near_primal = found->primal <= tol->near;
+    const bool dual = found->dual <= 1.0, near_dual = found->dual <= tol->near;
 
     sol->prosta = ZLR_PRO_UNKNOWN;
     sol->solsta = ZLR_SOLSTA_UNKNOWN;
@@ -384,7 +389,7 @@ void check_set_status(const check_result *found, solution *sol)
         sol->solsta = ZLR_SOLSTA_DUAL_FEAS;
     }
     if (sol->solsta == ZLR_SOLSTA_OPTIMAL) return;
-    if (near_primal && near_dual && found->gap <= check_near_factor)
+    if (near_primal && near_dual && found->gap <= tol->near)
         sol->solsta = ZLR_SOLSTA_NEAR_OPTIMAL;
     else if (sol->solsta == ZLR_SOLSTA_UNKNOWN && near_primal)
         sol->solsta = ZLR_SOLSTA_NEAR_PRIM_FEAS;
@@ -394,11 +399,9 @@ void check_set_status(const check_result *found, solution *sol)
 
 double check_largest_residual(const solution *sol)
 {
-    constexpr double sum_rounding = 1e-15;
     const double gap = std::fabs(sol->primal_obj - sol->dual_obj);
     const double cone = std::isnan(sol->check.cone) ? 0.0 : sol->check.cone;
-    return std::max({sol->check.row, sol->check.bound, cone, sol->check.dual,
-                     gap > sum_rounding * std::fabs(sol->primal_obj) ? gap : 0.0});
+    return std::max({sol->check.row, sol->check.bound, cone, sol->check.dual, gap});
 }
 
 double check_relative_gap(double objective, double bound)
@@ -411,7 +414,7 @@ double check_relative_gap(double objective, double bound)
 void check_set_integer_status(const check_tolerances *tol, int32_t sense, const check_result *found, bool has_bound,
                               double bound, solution *sol)
 {
-    const bool primal = found->primal <= 1.0, near_primal = found->primal <= check_near_factor;
+    const bool primal = found->primal <= 1.0, near_primal = found->primal <= tol->near;
     /* An incumbent beyond its own bound has no gap. */
     const double over = sense == ZLR_SENSE_MAX ? bound - sol->primal_obj : sol->primal_obj - bound;
     const double room = rounding * std::max(1.0, std::fabs(sol->primal_obj));

@@ -14,10 +14,8 @@
 struct check_tolerances {
     double primal = 1e-6, dual = 1e-6, gap = 1e-6, integer = 1e-6;
     double mip_rel_gap = 1e-4, mip_abs_gap = 1e-6;
+    double near = 100.0; /* what lies between "optimal" and "near optimal": so many times over the tolerances */
 };
-
-/* What lies between "optimal" and "near optimal": a near answer may be so many times over the tolerances. */
-inline constexpr double check_near_factor = 100.0;
 
 /* The largest ratio of residual to what is allowed; at most 1 passes. Infinite: nothing there to check. */
 struct check_result {
@@ -90,7 +88,7 @@ double check_objective_size(const model *m, const solution *sol);
 bool check_is_at(double value, double side, double tolerance);
 
 /* Statuses of a checked solution of a continuous problem. */
-void check_set_status(const check_result *found, solution *sol);
+void check_set_status(const check_tolerances *tol, const check_result *found, solution *sol);
 
 /* Statuses of a checked integer solution. `bound` is the engine's bound on the objective. Integer optimal needs a gap
  * within the tolerances. */
@@ -100,8 +98,8 @@ void check_set_integer_status(const check_tolerances *tol, int32_t sense, const 
 /* Gap between incumbent and bound, relative to the incumbent; infinite where an incumbent of 0 has a bound elsewhere. */
 double check_relative_gap(double objective, double bound);
 
-/* The largest residual of a checked continuous solution as it is, whatever the numbers that it belongs to; of the gap what
- * rounding does not explain. */
+/* The largest residual of a checked continuous solution as it is, the gap among them, whatever the numbers that it belongs
+ * to. */
 double check_largest_residual(const solution *sol);
 
 /* Better first: the order of solution statuses for choosing the best of several points. Smaller is better. */

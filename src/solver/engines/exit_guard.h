@@ -30,3 +30,7 @@ void exit_guard_leave(guarded_thread thread);
 
 /* To be called each time that an engine's library has been loaded, by whoever loaded it. */
 void exit_guard_arm();
+
+/* To be called where a program takes its leave of the library: engines make static data of their own while they run, which
+ * go in front of whatever was armed before they were made. */
+void exit_guard_arm_again();

@@ -99,10 +99,17 @@ void exit_guard_retire(guarded_thread thread)
 void exit_guard_leave(guarded_thread thread)
 {
     const std::lock_guard<std::mutex> lock(kept->mutex);
-    arm_once();
+    exit_guard_arm();
     join_gone();
     kept->left.push_back(std::move(thread));
 }
 
 /* Handlers run in the reverse order too: one that is registered behind the load runs before the library's own. */
 void exit_guard_arm() { (void)on_exit(end_process, nullptr); }
+
+void exit_guard_arm_again()
+{
+    const std::lock_guard<std::mutex> lock(kept->mutex);
+    join_gone();
+    if (!kept->left.empty() || !kept->answered.empty()) exit_guard_arm();
+}

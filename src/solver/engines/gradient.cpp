@@ -53,12 +53,12 @@ void gradient_split_cones(const model *m, const std::vector<reduced_cost> &d, co
     }
 }
 
-double gradient_dual_share(const model *m, const solution *sol)
+void gradient_add_dual_share(const model *m, const solution *sol, exact_sum *sum)
 {
-    if (!gradient_needs_point(m) || !sol->has_primal) return 0.0;
-    double share = quad_value(m->qobj, sol->xx.data());
-    for (const quad_row &q : m->qcon) share -= sol->y[static_cast<size_t>(q.row)] * quad_value(q.terms, sol->xx.data());
-    return share;
+    if (!gradient_needs_point(m) || !sol->has_primal) return;
+    quad_add_value(m->qobj, sol->xx.data(), -1.0, sum);
+    for (const quad_row &q : m->qcon)
+        sum->add_product(sol->y[static_cast<size_t>(q.row)], quad_value(q.terms, sol->xx.data()));
 }
 
 cone_residuals gradient_check_cone(const model *m, const check_tolerances *tol, const solution *sol, size_t cone)

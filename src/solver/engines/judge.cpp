@@ -1,6 +1,7 @@
 /* judge.cpp - what engines say, held against the task's own data. See optimize.h. */
 #include "solver/engines/certificate.h"
 #include "solver/engines/optimize.h"
+#include "solver/engines/own_work.h"
 #include "solver/engines/polish.h"
 
 #include <algorithm>
@@ -71,10 +72,14 @@ static void offer(optimization *o, int32_t kind, solution *sol, const check_resu
     o->best_ratio[kind] = ratio_of(found);
 }
 
-/* The share of what is allowed up to which an answer stands for itself. What uses up more waits for the other racers, or
- * for the next round: on ill-conditioned problems residuals within the tolerance leave digits of the objective open. */
-static constexpr double sure_ratio = 1e-6;
-static constexpr double sure_residual = 1e-6; /* as it is */
+/* Whether an answer stands for itself: by the share of what is allowed, and by its residuals as they are. What uses up more
+ * waits for the other racers, or for the next round: on ill-conditioned problems residuals within the tolerance leave
+ * digits of the objective open. */
+static bool stands_alone(const optimization *o, const check_result *found, const solution *sol)
+{
+    const double share = param_dou(&o->task->params, DPAR_QP_SURE_SHARE);
+    return o->is_linear || (ratio_of(found) <= share && check_largest_residual(sol) <= share);
+}
 
 static int32_t main_kind(const optimization *o) { return o->plan.sought[ZLR_SOL_BAS] ? ZLR_SOL_BAS : ZLR_SOL_ITR; }
 
@@ -97,8 +102,33 @@ static check_result mapped_solution(const optimization *o, const engine_answer *
     }
     answer_set_keys(m, &o->tol, sol);
     sol->defined = true;
-    check_set_status(&found, sol);
+    check_set_status(&o->tol, &found, sol);
     return found;
+}
+
+/* A stop leaves the answer as it is. */
+static void polish(optimization *o, solution *sol, check_result *found)
+{
+    const param_set *params = &o->task->params;
+    const int32_t type = model_problem_type(o->problem.get());
+    if ((type != ZLR_PROBTYPE_QO && type != ZLR_PROBTYPE_QCQO) || param_int(params, IPAR_QP_POLISH) == 0) return;
+    const polish_limits limits = {param_int(params, IPAR_QP_POLISH_MAX_ROUNDS),
+                                  param_int(params, IPAR_QP_POLISH_GUESSES),
+                                  1e6 * param_int(params, IPAR_QP_POLISH_MAX_WORK)};
+    struct polished {
+        solution sol;
+        check_result found;
+    };
+    const auto from = std::make_shared<const polished>(polished{*sol, *found});
+    const auto to = std::make_shared<polished>();
+    const own_work work = [problem = o->problem, tol = o->tol, limits, from, to](work_effort *effort) {
+        *to = *from;
+        polish_solution(problem.get(), &tol, &limits, effort, &to->sol, &to->found);
+        polish_quadratic_rows(problem.get(), &tol, &limits, effort, &to->sol, &to->found);
+    };
+    if (!own_work_do(&o->watch, work)) return;
+    *sol = std::move(to->sol);
+    *found = to->found;
 }
 
 /* Takes a point with its duals. An optimal one settles the task. */
@@ -115,9 +145,7 @@ static bool judge_point(optimization *o, const run_entry *e)
     check_result found = o->given == o->problem ? answer_to_solution(m, &o->tol, &e->answer, kind, &sol)
                                                 : mapped_solution(o, &e->answer, &sol);
     if (!sol.defined) return false;
-    if (model_problem_type(m) == ZLR_PROBTYPE_QO && param_int(&o->task->params, IPAR_QP_POLISH) != 0)
-        polish_solution(
-            m, &o->tol, [o] { return watch_poll(&o->watch, nullptr); }, &sol, &found);
+    polish(o, &sol, &found);
     const bool optimal = sol.solsta == ZLR_SOLSTA_OPTIMAL;
     const bool claims = e->answer.status == ENGINE_OPTIMAL || e->answer.status == ENGINE_UNKNOWN;
     if (kind == ZLR_SOL_BAS && !sol.has_keys) {
@@ -131,10 +159,27 @@ static bool judge_point(optimization *o, const run_entry *e)
     if (improves(o, kind, &sol, &found)) judge_credit(o, e);
     offer(o, kind, &sol, &found);
     if (!optimal) return false;
-    const bool is_sure =
-        o->is_linear || (ratio_of(&found) <= sure_ratio && check_largest_residual(&o->best[kind]) <= sure_residual);
+    const bool is_sure = stands_alone(o, &found, &o->best[kind]);
     o->is_settled = o->is_settled || is_sure;
     return is_sure;
+}
+
+bool judge_is_exact(const optimization *o)
+{
+    const solution *best = &o->best[main_kind(o)];
+    return best->solsta == ZLR_SOLSTA_OPTIMAL &&
+           check_largest_residual(best) <= param_dou(&o->task->params, DPAR_QP_SURE_SHARE);
+}
+
+void judge_refined(optimization *o, const engine_answer *answer)
+{
+    const int32_t kind = main_kind(o);
+    solution sol;
+
+    check_result found = answer_to_solution(o->problem.get(), &o->tol, answer, kind, &sol);
+    if (!sol.defined) return;
+    polish(o, &sol, &found);
+    offer(o, kind, &sol, &found);
 }
 
 void judge_certificate(optimization *o, const solution *certificate)
@@ -210,7 +255,7 @@ void judge_incumbent(optimization *o, const std::vector<double> &x)
     const check_result found = answer_to_incumbent(o->problem.get(), &o->tol, x, &sol, &clean);
     solution *best = &o->best[ZLR_SOL_ITG];
 
-    if (!sol.defined || found.primal > check_near_factor) return;
+    if (!sol.defined || found.primal > o->tol.near) return;
     if (!is_better(&sol, best, o->problem->sense)) return;
     *best = std::move(sol);
     o->is_clean = clean;

@@ -3,10 +3,26 @@
 #include "solver/engines/aside.h"
 #include "solver/engines/engines.h"
 #include "solver/engines/machine.h"
+#include "solver/engines/quadratic.h"
 #include "solver/report/clock.h"
 
 #include <algorithm>
 #include <cmath>
+
+/* What of the solutions that are there an engine may start from. */
+static engine_start start_of(const ZLR_task *task)
+{
+    engine_start start = answer_to_start(&task->sol[ZLR_SOL_BAS], &task->sol[ZLR_SOL_ITR], &task->sol[ZLR_SOL_ITG]);
+    if (param_int(&task->params, IPAR_START_BASIS) == 0) {
+        start.row_key.clear();
+        start.col_key.clear();
+    }
+    if (param_int(&task->params, IPAR_START_POINT) == 0) {
+        start.x.clear();
+        start.y.clear();
+    }
+    return start;
+}
 
 static void begin(optimization *o, ZLR_task *task, const engine_table *table)
 {
@@ -25,7 +41,7 @@ static void begin(optimization *o, ZLR_task *task, const engine_table *table)
     o->is_linear = model_problem_type(o->problem.get()) == ZLR_PROBTYPE_LO;
     o->tol = check_tolerances_of(params);
     o->plan = plan_make(table, o->problem.get(), params, &machine);
-    o->start = answer_to_start(&task->sol[ZLR_SOL_BAS], &task->sol[ZLR_SOL_ITR], &task->sol[ZLR_SOL_ITG]);
+    o->start = start_of(task);
     o->run.ran = true;
     progress_begin(&o->watch.table, params, &task->streams);
     if (task->trace != nullptr) o->watch.history = &task->trace->history;
@@ -36,6 +52,7 @@ static void take_start(optimization *o)
 {
     const model *m = o->problem.get();
 
+    if (param_int(&o->task->params, IPAR_START_POINT) == 0) return;
     if (o->is_integer) {
         if (o->start.x.size() == static_cast<size_t>(m->num_var)) judge_incumbent(o, o->start.x);
         return;
@@ -269,34 +286,38 @@ static bool solve_trivial(optimization *o)
     return true;
 }
 
-/* Quadratic parts are looked at before any engine runs: engines do not see that a problem is not convex, or see it late.
- * Quadratic rows become cones. */
-static void look_at_quadratic(optimization *o)
+/* Whether the problem is convex; quadratic rows become cones. False: stopped. */
+static bool look_at_quadratic(optimization *o)
 {
-    std::string message;
+    quadratic_look found;
     const model *m = o->problem.get();
-    if (o->is_linear || !o->plan.refusal.empty() || (m->qobj.empty() && m->qcon.empty())) return;
-    if (m->qcon.empty()) {
-        const convexity found = convexity_check(m);
-        o->refusal_code = found.code;
-        message = found.message;
-    } else {
-        std::shared_ptr<model> form;
-        o->refusal_code = conic_form(m, true, &form, &o->map, &message);
-        if (o->refusal_code == ZLR_RES_OK) o->given = form;
-    }
+    if (o->is_linear || !o->plan.refusal.empty() || (m->qobj.empty() && m->qcon.empty())) return true;
+    if (!quadratic_look_at(&o->watch, o->problem, m->qcon.empty() ? QUADRATIC_CHECK : QUADRATIC_ROWS, &found))
+        return false;
+    o->refusal_code = found.code;
     if (o->refusal_code == ZLR_RES_OK) {
+        o->map = std::move(found.map);
+        if (found.form != nullptr) o->given = std::move(found.form);
         const size_t num = o->map.disguised.size();
         if (num > 0)
             progress_note(&o->watch.table, (std::to_string(num) + (num == 1 ? " row is a cone" : " rows are cones") +
                                             " in disguise and taken as that.")
                                                .c_str());
-        return;
+        return true;
     }
-    streams_write(&o->task->streams, ZLR_STREAM_ERR, message.c_str());
+    streams_write(&o->task->streams, ZLR_STREAM_ERR, found.message.c_str());
     if (o->refusal_code == ZLR_RES_ERR_NONCONVEX && param_int(&o->task->params, IPAR_NONCONVEX) == NONCONVEX_LOCAL)
         streams_write(&o->task->streams, ZLR_STREAM_ERR,
                       "NONCONVEX=LOCAL needs a nonlinear engine, and this version has none.\n");
+    return true;
+}
+
+/* Before it is known whether the problem is convex nothing is said about solutions: the task keeps those that it has, and
+ * gets no others. */
+static void keep_solutions(optimization *o)
+{
+    std::fill(std::begin(o->plan.sought), std::end(o->plan.sought), false);
+    for (int32_t kind = 0; kind < 3; kind++) o->best[kind] = std::move(o->task->sol[kind]);
 }
 
 int32_t optimize_with(ZLR_task *task, const engine_table *table)
@@ -305,8 +326,10 @@ int32_t optimize_with(ZLR_task *task, const engine_table *table)
     int32_t code = ZLR_RES_OK;
 
     begin(&o, task, table);
-    look_at_quadratic(&o);
-    if (o.refusal_code != ZLR_RES_OK) {
+    if (!look_at_quadratic(&o)) {
+        code = o.watch.stop_code;
+        keep_solutions(&o);
+    } else if (o.refusal_code != ZLR_RES_OK) {
         code = o.refusal_code;
     } else if (!o.plan.refusal.empty()) {
         code = tell(&o, ZLR_RES_ERR_NO_ENGINE, o.plan.refusal);
@@ -314,7 +337,8 @@ int32_t optimize_with(ZLR_task *task, const engine_table *table)
         take_start(&o);
         if (!watch_poll(&o.watch, nullptr) && !solve_trivial(&o)) {
             run_rounds(&o);
-            if (o.is_integer) settle_integers(&o);
+            improve_answer(&o);
+            if (o.is_integer && param_int(&task->params, IPAR_MIP_CLEAN_INTEGERS) != 0) settle_integers(&o);
         }
         code = outcome_of(&o);
     }

@@ -51,6 +51,12 @@ struct optimization {
  * settled, or there is a claim to be settled. */
 bool judge_answer(optimization *o, const run_entry *entry);
 
+/* Whether the best answer is optimal with residuals that are small as they are, whatever the numbers they belong to. */
+bool judge_is_exact(const optimization *o);
+
+/* Polishes an answer of our own making and takes it where it is better than the best. */
+void judge_refined(optimization *o, const engine_answer *answer);
+
 /* Takes an incumbent of branch and cut, if it passes and is better than the one there is. */
 void judge_incumbent(optimization *o, const std::vector<double> &x);
 
@@ -72,5 +78,11 @@ void judge_failure(optimization *o, const std::string &who, const std::string &w
 /* settle.cpp: proves or refutes the claim with problems of our own. Clears it. */
 void settle_claim(optimization *o);
 
+/* Runs one engine on a problem of our own to the end or a stop. True: it came back, with *entry filled. */
+bool run_aside(optimization *o, const std::shared_ptr<const model> &problem, const plan_step &step, run_entry *entry);
+
 /* Puts the integer columns of the incumbent on integers, with the continuous ones solved for again. */
 void settle_integers(optimization *o);
+
+/* improve.cpp: gives the best answer of a quadratic problem more digits where no engine's has enough of them. */
+void improve_answer(optimization *o);

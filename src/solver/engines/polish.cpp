@@ -1,8 +1,9 @@
 /* polish.cpp - see polish.h. */
 #include "solver/engines/polish.h"
+#include "solver/conic/counted_ldlt.h"
+#include "solver/engines/gap.h"
 #include "solver/engines/gradient.h"
 
-#include <Eigen/SparseCholesky>
 #include <algorithm>
 #include <cmath>
 
@@ -21,12 +22,13 @@ struct active_set {
     bool operator==(const active_set &) const = default;
 };
 
-static constexpr int32_t max_rounds = 6;    /* from one guess */
 static constexpr double good_enough = 1e-6; /* of what is allowed */
 static constexpr double good_residual = 1e-7;
 static constexpr double far_off = 1e4;
-static constexpr double max_operations = 2e8; /* of a factorisation: 0.1 to 0.2 s */
-static constexpr double shift = 1e-8;         /* makes the scaled system quasidefinite; refinement takes it out again */
+static constexpr double entry_steps = 200.0; /* a round's, by the entry of the problem */
+static constexpr double order_steps = 300.0; /* by the entry of the system, to order its columns */
+static constexpr double refine_steps = 4.0;  /* by the entry of the factor */
+static constexpr double shift = 1e-8;        /* makes the scaled system quasidefinite; refinement takes it out again */
 
 /* Where a value with its multiplier (as for a minimisation) stands: what is smaller, slack or multiplier, is taken for 0.
  * They have units of their own: `weight` is how many of the one are taken for one of the other. */
@@ -128,51 +130,70 @@ static column_vector right_side(const model *m, const active_set *set, const kkt
                                 const std::vector<double> &x)
 {
     const double sign = sign_of(m);
-    std::vector<double> held(x.size(), 0.0), product(x.size(), 0.0), activity(set->row.size(), 0.0);
-    column_vector b = column_vector::Zero(s->size);
+    std::vector<exact_sum> sum(static_cast<size_t>(s->size));
+    column_vector b(s->size);
+    const auto add = [&](int32_t at, double value, size_t column) {
+        if (at >= 0 && s->column_place[column] < 0) sum[static_cast<size_t>(at)].add_product(-value, x[column]);
+    };
 
-    for (size_t j = 0; j < x.size(); j++)
-        if (s->column_place[j] < 0) held[j] = x[j];
-    quad_add_product(m->qobj, held.data(), 1.0, product.data());
-    model_activity(m, held.data(), activity.data());
-    for (size_t j = 0; j < x.size(); j++)
-        if (s->column_place[j] >= 0) b[s->column_place[j]] = -sign * (m->c[j] + product[j]);
-    for (size_t i = 0; i < activity.size(); i++)
+    for (const quad_term &t : m->qobj) {
+        const auto i = static_cast<size_t>(t.i), j = static_cast<size_t>(t.j);
+        add(s->column_place[i], sign * t.value, j);
+        if (i != j) add(s->column_place[j], sign * t.value, i);
+    }
+    for (size_t j = 0; j < x.size(); j++) {
+        if (s->column_place[j] >= 0) sum[static_cast<size_t>(s->column_place[j])].add(-sign * m->c[j]);
+        for (auto k = static_cast<size_t>(m->a.start[j]); k < static_cast<size_t>(m->a.start[j + 1]); k++)
+            add(s->row_place[static_cast<size_t>(m->a.row[k])], m->a.value[k], j);
+    }
+    for (size_t i = 0; i < set->row.size(); i++)
         if (s->row_place[i] >= 0)
-            b[s->row_place[i]] = (set->row[i] == STANDS_LOWER ? m->con_lower[i] : m->con_upper[i]) - activity[i];
+            sum[static_cast<size_t>(s->row_place[i])].add(set->row[i] == STANDS_LOWER ? m->con_lower[i]
+                                                                                      : m->con_upper[i]);
+    for (Eigen::Index i = 0; i < s->size; i++) b[i] = sum[static_cast<size_t>(i)].value();
     return b;
 }
 
-/* Eigen keeps to itself how many entries the factor will have, which is what it costs. */
-struct counted_factor : Eigen::SimplicialLDLT<matrix> {
-    double operations() const
-    {
-        double sum = 0.0;
-        for (Eigen::Index j = 0; j < m_nonZerosPerCol.size(); j++)
-            sum += static_cast<double>(m_nonZerosPerCol[j]) * static_cast<double>(m_nonZerosPerCol[j]);
-        return sum;
+/* b - K z, exact but for the rounding of the result: what refinement goes by. */
+static column_vector residual(const kkt_system *s, const column_vector &b, const column_vector &z)
+{
+    std::vector<exact_sum> sum(static_cast<size_t>(s->size));
+    column_vector r(s->size);
+
+    for (Eigen::Index j = 0; j < s->size; j++)
+        for (matrix::InnerIterator it(s->k, j); it; ++it) {
+            sum[static_cast<size_t>(it.row())].add_product(-it.value(), z[j]);
+            if (it.row() != j) sum[static_cast<size_t>(j)].add_product(-it.value(), z[it.row()]);
+        }
+    for (Eigen::Index i = 0; i < s->size; i++) {
+        sum[static_cast<size_t>(i)].add(b[i]);
+        r[i] = sum[static_cast<size_t>(i)].value();
     }
-};
+    return r;
+}
 
 /* Solves the scaled system from *z on, which is near a solution: where there is none, or more than one, it stays near.
  * False where the factors cost too much or fail. */
-static bool solve(const kkt_system *s, const column_vector &b, column_vector *z)
+static bool solve(const kkt_system *s, const column_vector &b, double max_operations, work_effort *effort,
+                  column_vector *z)
 {
     constexpr int32_t max_refinements = 40;
-    counted_factor factor;
+    counted_ldlt<matrix> factor;
     matrix shifted = s->k;
 
     if (s->size == 0) return true;
     for (Eigen::Index i = 0; i < s->size; i++) shifted.coeffRef(i, i) += i < s->num_columns ? shift : -shift;
+    if (!effort_take(effort, order_steps * static_cast<double>(shifted.nonZeros()))) return false;
     factor.analyzePattern(shifted);
-    if (factor.operations() > max_operations) return false;
+    if (factor.operations() > max_operations || !effort_take(effort, 2.0 * factor.operations())) return false;
     factor.factorize(shifted);
     if (factor.info() != Eigen::Success) return false;
-    column_vector r = b - s->k.selfadjointView<Eigen::Lower>() * *z;
+    column_vector r = residual(s, b, *z);
     double last = r.lpNorm<Eigen::Infinity>();
-    for (int32_t k = 0; k < max_refinements; k++) {
+    const auto entries = static_cast<double>(factor.matrixL().nestedExpression().nonZeros());
+    for (int32_t k = 0; k < max_refinements && effort_take(effort, refine_steps * entries); k++) {
         const column_vector step = *z + factor.solve(r);
-        const column_vector rest = b - s->k.selfadjointView<Eigen::Lower>() * step;
+        const column_vector rest = residual(s, b, step);
         const double size = rest.lpNorm<Eigen::Infinity>();
         if (!(size < last)) break;
         *z = step;
@@ -185,8 +206,8 @@ static bool solve(const kkt_system *s, const column_vector &b, column_vector *z)
 }
 
 /* The point and multipliers where the set holds as equations. */
-static bool solve_at(const model *m, const active_set *set, const solution *from, std::vector<double> *x,
-                     std::vector<double> *y)
+static bool solve_at(const model *m, const active_set *set, const solution *from, double max_operations,
+                     work_effort *effort, std::vector<double> *x, std::vector<double> *y)
 {
     kkt_system s;
     column_vector z;
@@ -208,7 +229,7 @@ static bool solve_at(const model *m, const active_set *set, const solution *from
     for (size_t i = 0; i < set->row.size(); i++)
         if (s.row_place[i] >= 0) z[s.row_place[i]] = -sign_of(m) * from->y[i];
     z = z.cwiseQuotient(s.scaling);
-    if (!solve(&s, b, &z)) return false;
+    if (!solve(&s, b, max_operations, effort, &z)) return false;
     z = z.cwiseProduct(s.scaling);
     y->assign(set->row.size(), 0.0);
     for (size_t j = 0; j < x->size(); j++)
@@ -231,23 +252,43 @@ static bool is_good(const check_result *found, const solution *sol)
     return ratio_of(found) <= good_enough && check_largest_residual(sol) <= good_residual;
 }
 
+/* The system and its scaling, and the check of what comes out of it. */
+static double round_steps(const model *m)
+{
+    return entry_steps * static_cast<double>(m->a.row.size() + m->qobj.size() + m->c.size() + m->con_lower.size());
+}
+
+/* Where a gap is what is left, and so small a share of the objective that the point is not to be blamed for it. */
+static void close_gap(const model *m, const check_tolerances *tol, solution *sol, check_result *found)
+{
+    constexpr double allowed = 5e-7; /* for the other residuals */
+    constexpr double largest_share = 1e-10;
+    const double gap = std::fabs(sol->primal_obj - sol->dual_obj);
+    if (gap <= good_residual || gap > largest_share * check_objective_size(m, sol)) return;
+    if (std::max({sol->check.row, sol->check.bound, sol->check.dual}) > allowed) return;
+    gap_close(m, tol, allowed, sol, found);
+}
+
 /* One guess and its corrections. */
-static void polish_from(const model *m, const check_tolerances *tol, const std::function<bool()> &is_stopped,
-                        active_set set, solution *sol, check_result *found)
+static void polish_from(const model *m, const check_tolerances *tol, const polish_limits *limits, active_set set,
+                        work_effort *effort, solution *sol, check_result *found)
 {
     solution from = *sol;
-    for (int32_t k = 0; k < max_rounds && !is_good(found, sol) && !is_stopped(); k++) {
+    for (int32_t k = 0; k < limits->max_rounds && !is_good(found, sol); k++) {
         solution made;
         solution_reset(&made, m->num_con, m->num_var);
         made.has_primal = made.has_dual = true;
-        if (!solve_at(m, &set, &from, &made.xx, &made.y)) return;
+        if (!effort_take(effort, round_steps(m)) ||
+            !solve_at(m, &set, &from, limits->max_operations, effort, &made.xx, &made.y))
+            return;
         check_complete(m, tol, &made);
-        const check_result at = check_solution(m, tol, false, &made);
+        check_result at = check_solution(m, tol, false, &made);
+        close_gap(m, tol, &made, &at);
         if (is_better(&at, &made, found, sol)) {
             made.skc = sol->skc;
             made.skx = sol->skx;
             made.defined = true;
-            check_set_status(&at, &made);
+            check_set_status(tol, &at, &made);
             *sol = made;
             *found = at;
         }
@@ -261,15 +302,18 @@ static void polish_from(const model *m, const check_tolerances *tol, const std::
     }
 }
 
-void polish_solution(const model *m, const check_tolerances *tol, const std::function<bool()> &is_stopped,
+void polish_solution(const model *m, const check_tolerances *tol, const polish_limits *limits, work_effort *effort,
                      solution *sol, check_result *found)
 {
     if (!sol->has_primal || !sol->has_dual || !m->qcon.empty() || !m->cones.empty()) return;
     const solution answer = *sol;
+    int32_t num = 0;
     for (const double weight : {1.0, 1e3, 1e-3, 30.0, 0.03, 1e5, 1e-5}) {
-        if (is_good(found, sol) || is_stopped()) return;
+        if (num++ >= limits->num_guesses) break;
+        if (is_good(found, sol) || !effort_take(effort, round_steps(m))) return;
         const active_set set =
             stand(m, &answer, [&](bool, size_t, const standing_value &v) { return guess(v, weight); });
-        polish_from(m, tol, is_stopped, set, sol, found);
+        polish_from(m, tol, limits, set, effort, sol, found);
     }
+    close_gap(m, tol, sol, found);
 }

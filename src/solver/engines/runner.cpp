@@ -49,6 +49,7 @@ bool watch_poll(run_watch *watch, const engine_progress *progress)
         if (task->callback(watch->task, task->callback_handle, &news) != 0) watch->stop_code = ZLR_RES_TRM_USER_STOP;
     }
     if (watch->stop_code == ZLR_RES_OK && clock_now_s() >= watch->deadline_s) watch->stop_code = ZLR_RES_TRM_TIME_LIMIT;
+    if (watch->stop_code != ZLR_RES_OK) watch->stop_s = clock_now_s();
     return watch->stop_code != ZLR_RES_OK;
 }
 
@@ -309,7 +310,7 @@ run_event runner_next(runner *r, size_t *which)
 
 void runner_halt(runner *r, std::vector<size_t> *back)
 {
-    const double until = clock_now_s() + runner_grace_s;
+    const double until = r->watch->stop_s + runner_grace_s;
 
     for (run_entry &e : r->entries) e.job->stop = true;
     for (;;) {

@@ -32,6 +32,7 @@ struct run_watch {
     double deadline_s = model_inf;       /* by clock_now_s */
     double round_deadline_s = model_inf; /* the round ends then with what it has: there is an answer that will do */
     int32_t stop_code = ZLR_RES_OK;      /* not 0 once a stop or the time limit was seen */
+    double stop_s = 0.0;                 /* when, by clock_now_s: all that is waited for then is waited for together */
     int64_t done_iterations = 0;         /* of engines that have ended, for the callback */
     int64_t done_nodes = 0;
     bool has_primal = false, has_dual = false; /* best known of the task itself */
@@ -90,7 +91,7 @@ bool runner_start(runner *r, run_watch *watch, const std::vector<run_order> &ord
  * watch->stop_code tells which), or the end: every engine has been reported. */
 run_event runner_next(runner *r, size_t *which);
 
-/* After a stop: tells the engines, waits a short while, takes the answers of those that come back, and leaves the
+/* After a stop: tells the engines, waits until a short while behind that stop, takes the answers of those that come back, and leaves the
  * others. Entries that came back and were not reported yet are in *back. */
 void runner_halt(runner *r, std::vector<size_t> *back);
 

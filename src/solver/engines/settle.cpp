@@ -8,19 +8,18 @@
 #include "solver/engines/optimize.h"
 
 #include <algorithm>
+#include <cmath>
 
-/* Runs one engine on a problem of our own to the end or a stop. True: it came back, with *entry filled. */
-static bool run_aside(optimization *o, const std::shared_ptr<const model> &problem, const engine_source *source,
-                      engine_method method, run_entry *entry)
+bool run_aside(optimization *o, const std::shared_ptr<const model> &problem, const plan_step &step, run_entry *entry)
 {
     runner r;
     run_order order;
     size_t which = 0;
 
     order.problem = problem;
-    order.step.source = source;
-    order.step.method = method;
+    order.step = step;
     o->watch.is_aside = true;
+    o->watch.round_deadline_s = model_inf;
     run_event event = runner_start(&r, &o->watch, {order}) ? RUN_INCUMBENT : RUN_END;
     while (event == RUN_INCUMBENT) event = runner_next(&r, &which);
     if (event == RUN_STOP) {
@@ -33,12 +32,20 @@ static bool run_aside(optimization *o, const std::shared_ptr<const model> &probl
     return true;
 }
 
+static plan_step step_by(const engine_source *source, engine_method method)
+{
+    plan_step step;
+    step.source = source;
+    step.method = method;
+    return step;
+}
+
 /* Solves a linear problem of our own; true with `sol` optimal by its check. */
 static bool solve_aside(optimization *o, const std::shared_ptr<const model> &problem, solution *sol)
 {
     for (const engine_method method : {METHOD_DUAL_SIMPLEX, METHOD_INTPNT, METHOD_PRIMAL_SIMPLEX}) {
         run_entry entry;
-        if (!run_aside(o, problem, o->table->linear, method, &entry)) return false;
+        if (!run_aside(o, problem, step_by(o->table->linear, method), &entry)) return false;
         (void)answer_to_solution(problem.get(), &o->tol, &entry.answer, ZLR_SOL_BAS, sol);
         if (sol->solsta == ZLR_SOLSTA_OPTIMAL) return true;
     }
@@ -73,7 +80,8 @@ static finding find_integer_feasible(optimization *o)
     run_entry entry;
 
     if (o->best[ZLR_SOL_ITG].solsta == ZLR_SOLSTA_PRIM_FEAS) return FOUND_YES;
-    if (!run_aside(o, aside_feasibility(o->problem.get()), o->table->linear, METHOD_MIP, &entry)) return FOUND_NOTHING;
+    if (!run_aside(o, aside_feasibility(o->problem.get()), step_by(o->table->linear, METHOD_MIP), &entry))
+        return FOUND_NOTHING;
     if (entry.answer.status == ENGINE_PRIMAL_INFEASIBLE) return FOUND_NO;
     for (const std::vector<double> *x : {&entry.incumbent, &entry.answer.x})
         if (!x->empty()) judge_incumbent(o, *x);
@@ -103,33 +111,124 @@ static const char *claim_text(claim claimed)
     return claimed == CLAIM_UNBOUNDED ? "unbounded" : "infeasible or unbounded";
 }
 
-/* With cones a proof comes from the engine or not at all. A direction of improvement is one where there is a feasible
- * point. */
-static void settle_conic(optimization *o, claim claimed)
+/* With cones: whether there is a feasible point; if not, the proof. */
+static finding find_conic_feasible(optimization *o, solution *certificate)
 {
     run_entry entry;
-    solution found;
 
-    if (claimed == CLAIM_UNBOUNDED && !o->ray.empty() && o->table->conic != nullptr &&
-        run_aside(o, aside_conic_feasibility(o->given.get()), o->table->conic, METHOD_INTPNT, &entry)) {
-        engine_answer *a = &entry.answer;
-        if (certificate_from_dual_ray(o->given.get(), &o->tol, a->dual_ray, &found, a->cone_dual)) {
-            judge_dual_ray(o, &found);
-            return;
-        }
-        a->y.clear();
-        if (a->x.size() > static_cast<size_t>(o->problem->num_var))
-            a->x.resize(static_cast<size_t>(o->problem->num_var));
-        solution point;
-        if (answer_to_solution(o->problem.get(), &o->tol, a, ZLR_SOL_ITR, &point).primal <= 1.0 &&
-            certificate_from_primal_ray(o->problem.get(), &o->tol, o->ray, &found)) {
-            judge_certificate(o, &found);
-            return;
+    if (!run_aside(o, aside_conic_feasibility(o->given.get()), step_by(o->table->conic, METHOD_INTPNT), &entry))
+        return FOUND_NOTHING;
+    engine_answer *a = &entry.answer;
+    if (certificate_from_dual_ray(o->given.get(), &o->tol, a->dual_ray, certificate, a->cone_dual)) return FOUND_NO;
+    a->y.clear();
+    if (a->x.size() > static_cast<size_t>(o->problem->num_var)) a->x.resize(static_cast<size_t>(o->problem->num_var));
+    solution point;
+    return answer_to_solution(o->problem.get(), &o->tol, a, ZLR_SOL_ITR, &point).primal <= 1.0 ? FOUND_YES
+                                                                                               : FOUND_NOTHING;
+}
+
+/* What an interior-point method leaves of an entry of a ray that is 0: the root of its tolerance where a cone is met at its
+ * apex. */
+static constexpr double ray_noise = 1e-3;
+
+/* The proof by the least violation, which is attained where the engine's own proof is one in the limit only. The second time
+ * the rows that take no part in it are left out, and with them the noise. */
+static bool find_conic_contradiction(optimization *o, solution *certificate)
+{
+    const std::shared_ptr<model> phase_one = aside_conic_phase_one(o->given.get());
+    const auto rows = static_cast<size_t>(o->given->num_con), columns = static_cast<size_t>(o->given->num_var);
+
+    for (int32_t attempt = 0; attempt < 2; attempt++) {
+        run_entry entry;
+        if (!run_aside(o, phase_one, step_by(o->table->conic, METHOD_INTPNT), &entry)) return false;
+        const std::vector<double> y = entry.answer.y;
+        std::vector<double> ray = y, cone_dual = entry.answer.cone_dual;
+        if (y.size() != static_cast<size_t>(phase_one->num_con)) return false;
+        ray.resize(rows);
+        if (!cone_dual.empty()) cone_dual.resize(columns);
+        if (certificate_from_dual_ray(o->given.get(), &o->tol, ray, certificate, cone_dual)) return true;
+        for (size_t i = 0; i < y.size(); i++) {
+            if (std::fabs(y[i]) > ray_noise) continue;
+            phase_one->con_lower[i] = -model_inf;
+            phase_one->con_upper[i] = model_inf;
         }
     }
-    if (o->watch.stop_code == ZLR_RES_OK)
-        judge_failure(o, o->run.engine,
-                      std::string("it takes the problem for ") + claim_text(claimed) + ", and its proof does not hold");
+    return false;
+}
+
+/* The best direction of `m`, the problem or its form. The second time the columns that do not move are held. */
+static bool find_direction_of(optimization *o, const model *m, solution *certificate)
+{
+    const std::shared_ptr<model> recession = aside_recession(m);
+
+    for (int32_t attempt = 0; attempt < 2; attempt++) {
+        run_entry entry;
+        if (!run_aside(o, recession, step_by(o->table->conic, METHOD_INTPNT), &entry)) return false;
+        std::vector<double> ray = entry.answer.x;
+        if (ray.size() != static_cast<size_t>(m->num_var)) return false;
+        for (size_t j = 0; j < ray.size(); j++)
+            if (std::fabs(ray[j]) <= ray_noise) recession->var_lower[j] = recession->var_upper[j] = 0.0;
+        ray.resize(static_cast<size_t>(o->problem->num_var));
+        if (certificate_from_primal_ray(o->problem.get(), &o->tol, ray, certificate)) return true;
+    }
+    return false;
+}
+
+/* Along a direction quadratic rows are linear, but for those that are cones in disguise: these the form alone knows. */
+static bool find_conic_direction(optimization *o, solution *certificate)
+{
+    if (o->problem->cones.empty() && find_direction(o, certificate) == FOUND_YES) return true;
+    if (!o->problem->cones.empty() && find_direction_of(o, o->problem.get(), certificate)) return true;
+    return o->given != o->problem && find_direction_of(o, o->given.get(), certificate);
+}
+
+/* With cones a proof comes from the engine, or, where no round has brought one that holds, from problems of our own. A
+ * direction of improvement is one where there is a feasible point. */
+static bool prove_conic(optimization *o, claim claimed)
+{
+    const bool is_last = static_cast<size_t>(o->round) >= o->plan.rounds.size();
+    solution certificate;
+
+    if (o->table->conic == nullptr) return false;
+    if (claimed == CLAIM_INFEASIBLE) {
+        if (!is_last || !find_conic_contradiction(o, &certificate)) return false;
+        judge_dual_ray(o, &certificate);
+        return true;
+    }
+    if (o->ray.empty() && !is_last) return false;
+    const finding feasible = find_conic_feasible(o, &certificate);
+    if (feasible == FOUND_NO) {
+        judge_dual_ray(o, &certificate);
+        return true;
+    }
+    if (feasible != FOUND_YES) return false;
+    if (!certificate_from_primal_ray(o->problem.get(), &o->tol, o->ray, &certificate) &&
+        (!is_last || !find_conic_direction(o, &certificate)))
+        return false;
+    judge_certificate(o, &certificate);
+    return true;
+}
+
+static void settle_conic(optimization *o, claim claimed)
+{
+    if (prove_conic(o, claimed) || o->watch.stop_code != ZLR_RES_OK) return;
+    judge_failure(o, o->run.engine,
+                  std::string("it takes the problem for ") + claim_text(claimed) + ", and its proof does not hold");
+}
+
+/* The user wants no proofs: what an engine says is the status of the problem. */
+static void take_word(optimization *o, claim claimed)
+{
+    solution said;
+    solution_reset(&said, o->problem->num_con, o->problem->num_var, model_num_cones(o->problem.get()));
+    said.defined = true;
+    said.prosta = claimed == CLAIM_INFEASIBLE  ? ZLR_PRO_PRIM_INFEAS
+                  : claimed == CLAIM_UNBOUNDED ? ZLR_PRO_DUAL_INFEAS
+                                               : ZLR_PRO_PRIM_INFEAS_OR_UNBND;
+    progress_note(&o->watch.table, (o->run.engine + " takes the problem for " + claim_text(claimed) +
+                                    "; no proof is asked for (CHECK_PROOFS).")
+                                       .c_str());
+    judge_certificate(o, &said);
 }
 
 void settle_claim(optimization *o)
@@ -141,6 +240,10 @@ void settle_claim(optimization *o)
     if (o->is_settled || claimed == CLAIM_NONE) return;
     if (o->is_integer && claimed == CLAIM_INFEASIBLE) {
         settle_infeasible_integer(o);
+        return;
+    }
+    if (param_int(&o->task->params, IPAR_CHECK_PROOFS) == 0) {
+        take_word(o, claimed);
         return;
     }
     if (!o->problem->qcon.empty() || !o->problem->cones.empty()) {
@@ -173,7 +276,7 @@ void settle_integers(optimization *o)
 
     if (o->is_clean || o->watch.stop_code != ZLR_RES_OK || !best->defined || !best->has_primal) return;
     const std::shared_ptr<model> fixed = aside_fixed(o->problem.get(), best->xx);
-    if (!run_aside(o, fixed, o->table->linear, METHOD_DUAL_SIMPLEX, &entry) || entry.answer.x.empty()) return;
+    if (!run_aside(o, fixed, step_by(o->table->linear, METHOD_DUAL_SIMPLEX), &entry) || entry.answer.x.empty()) return;
     solution sol;
     bool clean = false;
     const check_result found = answer_to_incumbent(o->problem.get(), &o->tol, entry.answer.x, &sol, &clean);

@@ -130,6 +130,16 @@ static plan_step without_scaling(const engine_source *source, engine_method meth
     return step;
 }
 
+/* A method as the user wants it: the first-order one is of two codes. */
+static plan_step chosen_step(const engine_source *source, engine_method method, int32_t threads,
+                             const param_set *params)
+{
+    plan_step step = step_of(source, method, threads);
+    if (method == METHOD_PDLP && param_int(params, IPAR_PDLP_CODE) == PDLP_HIPDLP)
+        step.extra.push_back(word_option("solver", "hipdlp", 0));
+    return step;
+}
+
 /* Memory of one engine's copy and its work on a linear problem, from measurements: about 200 bytes a nonzero with the
  * factors, 500 a row or column. */
 static double engine_bytes(const model *m)
@@ -137,24 +147,36 @@ static double engine_bytes(const model *m)
     return 200.0 * static_cast<double>(m->a.row.size()) + 500.0 * (static_cast<double>(m->num_con) + m->num_var);
 }
 
-/* From how many nonzeros on a second engine pays. Measured on two cores over 47 problems: below 5000 a race is never
- * quicker and up to 5 ms slower, above it costs nothing that shows and is up to three times as quick. */
-static constexpr size_t race_min_nonzeros = 5000;
-static constexpr size_t first_order_min_nonzeros = 1000000;
-
-/* Up to how many nonzeros presolve takes longer than it saves. Measured over 70 problems: below it a run without presolve
- * is up to 8 % quicker, most of it code that is never paged in; from 1000 on either may win, and the large lose. */
-static constexpr size_t presolve_min_nonzeros = 500;
-
-static int32_t num_racers(const model *m, int32_t threads, const plan_machine *machine)
+/* What a race may take of the memory, beyond the copy of its first engine. */
+static bool fits(double bytes, const param_set *params, const plan_machine *machine)
 {
-    if (m->a.row.size() < race_min_nonzeros) return 1;
-    int32_t num = std::min(threads, 4);
-    if (num == 4 && m->a.row.size() < first_order_min_nonzeros) num = 3;
-    while (num > 1 && machine->memory_bytes > 0 &&
-           engine_bytes(m) * (num - 1) > 0.25 * static_cast<double>(machine->memory_bytes))
-        num--;
-    return num;
+    return machine->memory_bytes == 0 ||
+           bytes <= param_dou(params, DPAR_RACE_MEMORY_SHARE) * static_cast<double>(machine->memory_bytes);
+}
+
+/* Whether a problem has as many nonzeros as the parameter says. The defaults of these are measured. RACE_MIN_NONZEROS, on
+ * two cores over 47 problems: below 5000 a race is never quicker and up to 5 ms slower, above it costs nothing that shows
+ * and is up to three times as quick. PRESOLVE_MIN_NONZEROS, over 70 problems: below 500 a run without presolve is up to
+ * 8 % quicker, most of it code that is never paged in; from 1000 on either may win, and the large lose. */
+static bool has_nonzeros(const model *m, const param_set *params, int32_t number)
+{
+    return m->a.row.size() >= static_cast<size_t>(param_int(params, number));
+}
+
+/* The methods that run side by side, the surest first. */
+static std::vector<engine_method> racers_of(const model *m, int32_t threads, const param_set *params,
+                                            const plan_machine *machine)
+{
+    std::vector<engine_method> racers = {METHOD_DUAL_SIMPLEX};
+    if (param_int(params, IPAR_RACE_LINEAR) == 0 || !has_nonzeros(m, params, IPAR_RACE_MIN_NONZEROS)) return racers;
+    racers.push_back(METHOD_INTPNT);
+    if (has_nonzeros(m, params, IPAR_RACE_HIPO_MIN_NONZEROS)) racers.push_back(METHOD_HIPO);
+    if (has_nonzeros(m, params, IPAR_RACE_PDLP_MIN_NONZEROS)) racers.push_back(METHOD_PDLP);
+    const int32_t most = std::max(1, std::min(threads, param_int(params, IPAR_RACE_MAX_ENGINES)));
+    if (racers.size() > static_cast<size_t>(most)) racers.resize(static_cast<size_t>(most));
+    while (racers.size() > 1 && !fits(engine_bytes(m) * static_cast<double>(racers.size() - 1), params, machine))
+        racers.pop_back();
+    return racers;
 }
 
 static int32_t num_threads(const param_set *params, const plan_machine *machine)
@@ -166,16 +188,20 @@ static int32_t num_threads(const param_set *params, const plan_machine *machine)
 static void plan_race(const engine_source *source, const model *m, const param_set *params, const plan_machine *machine,
                       engine_plan *plan)
 {
-    if (m->a.row.size() < presolve_min_nonzeros && param_int(params, IPAR_PRESOLVE_LEVEL) == PRESOLVE_CHOOSE) {
+    if (!has_nonzeros(m, params, IPAR_PRESOLVE_MIN_NONZEROS) &&
+        param_int(params, IPAR_PRESOLVE_LEVEL) == PRESOLVE_CHOOSE) {
         plan->rounds.push_back({without_presolve(source, METHOD_DUAL_SIMPLEX, 1)});
         return;
     }
-    static const engine_method racers[] = {METHOD_DUAL_SIMPLEX, METHOD_INTPNT, METHOD_HIPO, METHOD_PDLP};
-    const int32_t num = num_racers(m, num_threads(params, machine), machine);
     std::vector<plan_step> round;
-    round.reserve(static_cast<size_t>(num));
-    for (int32_t k = 0; k < num; k++) round.push_back(step_of(source, racers[k], 1));
+    for (const engine_method method : racers_of(m, num_threads(params, machine), params, machine))
+        round.push_back(chosen_step(source, method, 1, params));
     plan->rounds.push_back(std::move(round));
+}
+
+static void limit_rounds(int32_t most, engine_plan *plan)
+{
+    if (most > 0 && plan->rounds.size() > static_cast<size_t>(most)) plan->rounds.resize(static_cast<size_t>(most));
 }
 
 /* What is tried when the first round has no answer that passes, in the order of what helped most often. */
@@ -210,15 +236,17 @@ static void plan_continuous(const engine_source *source, const model *m, const p
     const engine_method method = method_of(optimizer);
     const bool crosses = param_int(params, IPAR_IPM_CROSSOVER) != 0;
     const bool interior = method == METHOD_INTPNT || method == METHOD_HIPO || method == METHOD_PDLP;
+    const bool keeps = method == METHOD_INTPNT && param_int(params, IPAR_IPM_KEEP_INTERIOR) != 0;
 
-    plan->want_interior = method == METHOD_INTPNT || (interior && !crosses);
+    plan->want_interior = keeps || (interior && !crosses);
     plan->sought[ZLR_SOL_ITR] = plan->want_interior;
     plan->sought[ZLR_SOL_BAS] = !interior || crosses;
     if (optimizer == OPTIMIZER_FREE)
         plan_race(source, m, params, machine, plan);
     else
-        plan->rounds.push_back({step_of(source, method, interior ? num_threads(params, machine) : 1)});
+        plan->rounds.push_back({chosen_step(source, method, interior ? num_threads(params, machine) : 1, params)});
     plan_linear_chain(source, plan);
+    limit_rounds(param_int(params, IPAR_OPTIMIZER_MAX_ATTEMPTS), plan);
 }
 
 /* ---- quadratic and conic */
@@ -262,7 +290,7 @@ static plan_step first_hipo(const engine_source *source, const param_set *params
 }
 
 /* Less is added to the systems that are solved, which then are solved less surely but more exactly. */
-static plan_step sharper(const engine_source *source)
+plan_step plan_sharp_step(const engine_source *source)
 {
     plan_step step = tightened(source, 1e-11, " with tightened tolerances");
     step.extra.push_back(number_option("static_regularization_constant", 1e-10));
@@ -277,10 +305,9 @@ static plan_step unscaled(const engine_source *source, double tolerance)
 }
 
 /* Whether a second engine may have a copy as well. */
-static bool fits_twice(const model *m, const plan_machine *machine)
+static bool fits_twice(const model *m, const param_set *params, const plan_machine *machine)
 {
-    const double bytes = engine_bytes(m) + 200.0 * static_cast<double>(m->qobj.size());
-    return machine->memory_bytes == 0 || bytes <= 0.25 * static_cast<double>(machine->memory_bytes);
+    return fits(engine_bytes(m) + 200.0 * static_cast<double>(m->qobj.size()), params, machine);
 }
 
 /* What an answer that misses the check, or only just passes it, is followed by: HiPO and the conic code stop for different
@@ -289,27 +316,26 @@ static void plan_quadratic(const engine_table *table, const model *m, const para
                            const plan_machine *machine, bool cones, engine_plan *plan)
 {
     const int32_t optimizer = param_int(params, IPAR_OPTIMIZER);
-    const int32_t threads = num_threads(params, machine);
+    const bool races = num_threads(params, machine) > 1 && param_int(params, IPAR_RACE_QUADRATIC) != 0 &&
+                       param_int(params, IPAR_RACE_MAX_ENGINES) > 1 && fits_twice(m, params, machine);
     const bool any_conic = table->conic != nullptr && optimizer != OPTIMIZER_HIPO && optimizer != OPTIMIZER_ACTIVE_SET;
     const bool any_hipo = !cones && optimizer != OPTIMIZER_CONIC && optimizer != OPTIMIZER_ACTIVE_SET;
 
     plan->sought[ZLR_SOL_ITR] = true;
     std::vector<plan_step> round;
     if (any_hipo) round.push_back(first_hipo(table->linear, params));
-    if (any_conic && (round.empty() || (threads > 1 && fits_twice(m, machine))))
-        round.push_back(first_conic(table->conic, params));
+    if (any_conic && (round.empty() || races)) round.push_back(first_conic(table->conic, params));
     if (!round.empty()) plan->rounds.push_back(std::move(round));
     if (any_hipo) plan->rounds.push_back({step_of(table->linear, METHOD_HIPO, 1)});
     plan->num_better = static_cast<int32_t>(plan->rounds.size());
     if (table->conic != nullptr) {
-        plan->rounds.push_back({sharper(table->conic)});
+        plan->rounds.push_back({plan_sharp_step(table->conic)});
         plan->rounds.push_back({unscaled(table->conic, 1e-10)});
     }
     if (!cones) plan->rounds.push_back({step_of(table->linear, METHOD_ACTIVE_SET, 1)});
     if (optimizer == OPTIMIZER_ACTIVE_SET)
         std::rotate(plan->rounds.begin(), plan->rounds.end() - 1, plan->rounds.end());
-    const auto most = static_cast<size_t>(param_int(params, IPAR_QP_MAX_ATTEMPTS));
-    if (most > 0 && plan->rounds.size() > most) plan->rounds.resize(most);
+    limit_rounds(param_int(params, IPAR_QP_MAX_ATTEMPTS), plan);
 }
 
 static void plan_integer(const engine_source *source, const param_set *params, const plan_machine *machine,
@@ -326,6 +352,7 @@ static void plan_integer(const engine_source *source, const param_set *params, c
     other.extra.push_back(word_option("random_seed", "", param_int(params, IPAR_RANDOM_SEED) ^ 1));
     other.what = " without presolve, with another seed";
     plan->rounds.push_back({std::move(other)});
+    limit_rounds(param_int(params, IPAR_OPTIMIZER_MAX_ATTEMPTS), plan);
 }
 
 static const char *quadratic_part(int32_t type)

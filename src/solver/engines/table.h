@@ -49,6 +49,9 @@ struct plan_machine {
 
 engine_plan plan_make(const engine_table *table, const model *m, const param_set *params, const plan_machine *machine);
 
+/* An interior point of the conic engine with more digits than by its own tolerances. */
+plan_step plan_sharp_step(const engine_source *source);
+
 /* The user's parameters that are an engine's own options, as far as they are not at their defaults. */
 std::vector<engine_option> plan_options(const engine_source *source, const param_set *params);
 

@@ -4,12 +4,13 @@
 #include "solver/engines/runner.h"
 #include "solver/report/clock.h"
 
-static run_order order_of(const ZLR_task *task, const std::shared_ptr<const model> &problem, const engine_start &start,
+static run_order order_of(const ZLR_task *task, const engine_source *source,
+                          const std::shared_ptr<const model> &problem, const engine_start &start,
                           const engine_work &work)
 {
     run_order order;
     order.start = start;
-    order.step.source = engine_table_default()->linear;
+    order.step.source = source;
     order.step.method = METHOD_CHOOSE;
     order.options = plan_options(order.step.source, &task->params);
     order.problem = problem;
@@ -17,8 +18,8 @@ static run_order order_of(const ZLR_task *task, const std::shared_ptr<const mode
     return order;
 }
 
-work_end engines_work(ZLR_task *task, const std::shared_ptr<const model> &problem, const engine_start &start,
-                      double time_limit_s, const engine_work &work, std::string *message)
+static work_end work_with(ZLR_task *task, const engine_source *source, const std::shared_ptr<const model> &problem,
+                          const engine_start &start, double time_limit_s, const engine_work &work, std::string *message)
 {
     run_watch watch;
     runner r;
@@ -28,7 +29,7 @@ work_end engines_work(ZLR_task *task, const std::shared_ptr<const model> &proble
     watch.start_s = clock_now_s();
     watch.deadline_s = watch.start_s + time_limit_s;
     watch.is_aside = true;
-    if (!runner_start(&r, &watch, {order_of(task, problem, start, work)})) {
+    if (!runner_start(&r, &watch, {order_of(task, source, problem, start, work)})) {
         *message = "no thread can be started";
         return WORK_REFUSED;
     }
@@ -45,6 +46,22 @@ work_end engines_work(ZLR_task *task, const std::shared_ptr<const model> &proble
         return WORK_DONE;
     *message = entry->answer.status == ENGINE_MEMORY ? "out of memory" : entry->answer.message;
     return WORK_REFUSED;
+}
+
+work_end engines_work(ZLR_task *task, const std::shared_ptr<const model> &problem, const engine_start &start,
+                      double time_limit_s, const engine_work &work, std::string *message)
+{
+    return work_with(task, engine_table_default()->linear, problem, start, time_limit_s, work, message);
+}
+
+work_end engines_conic_work(ZLR_task *task, double time_limit_s, const engine_work &work, std::string *message)
+{
+    const engine_source *source = engine_table_default()->conic;
+    if (source == nullptr) {
+        *message = "no engine takes cones";
+        return WORK_REFUSED;
+    }
+    return work_with(task, source, std::make_shared<const model>(), {}, time_limit_s, work, message);
 }
 
 work_end engines_session(ZLR_task *task, const std::shared_ptr<const model> &problem, double time_limit_s,

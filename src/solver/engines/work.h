@@ -19,6 +19,10 @@ enum work_end {
                                     const engine_start &start, double time_limit_s, const engine_work &work,
                                     std::string *message);
 
+/* The same on a thread of the conic engine, with an empty problem: the work brings its own. */
+[[nodiscard]] work_end engines_conic_work(ZLR_task *task, double time_limit_s, const engine_work &work,
+                                          std::string *message);
+
 /* The same with a session of the problem, open while `use` works with it. */
 typedef std::function<void(const engine_session_calls *calls, engine_session *session)> session_use;
 [[nodiscard]] work_end engines_session(ZLR_task *task, const std::shared_ptr<const model> &problem, double time_limit_s,

@@ -131,8 +131,6 @@ struct byte_sink {
 
 namespace
 {
-constexpr int32_t gzip_level = 6;
-
 bool ends_in_gz(const char *name)
 {
     const size_t size = std::strlen(name);
@@ -150,15 +148,19 @@ int32_t sink_bytes(byte_sink *sink, const char *data, size_t size)
 }
 }  // namespace
 
-int32_t sink_open(sysenv *sys, byte_sink **sink, const char *target, bool sync)
+int32_t sink_open(sysenv *sys, byte_sink **sink, const char *target, const sink_options &options)
 {
     *sink = nullptr;
+    if (!options.may_replace && os_can_reopen(target)) {
+        errno = EEXIST;
+        return ZLR_RES_ERR_FILE_OPEN;
+    }
     auto opened = std::make_unique<byte_sink>();
-    opened->sync = sync;
+    opened->sync = options.sync;
     if (os_prepare_target(target, &opened->target) != 0) return ZLR_RES_ERR_FILE_OPEN;
     const os_target *t = &opened->target;
     sysenv_fopen(sys, t->opened_name.c_str(), 0, 0, 1, t->append ? 1 : 0,
-                 ends_in_gz(target) ? SYSFILE_GZIP : SYSFILE_PLAIN, gzip_level, &opened->file, &opened->res);
+                 ends_in_gz(target) ? SYSFILE_GZIP : SYSFILE_PLAIN, options.gzip_level, &opened->file, &opened->res);
     if (opened->res != SYSFILE_OK) {
         const int why = opened->res == SYSFILE_BADNAME ? EILSEQ : errno;
         (void)os_finish_target(&opened->target, false);
@@ -224,10 +226,10 @@ int32_t sink_close(byte_sink **sink, bool commit)
     return ZLR_RES_ERR_FILE_WRITE;
 }
 
-int32_t sink_whole_file(sysenv *sys, const char *target, bool sync, std::string_view text)
+int32_t sink_whole_file(sysenv *sys, const char *target, const sink_options &options, std::string_view text)
 {
     byte_sink *sink = nullptr;
-    int32_t res = sink_open(sys, &sink, target, sync);
+    int32_t res = sink_open(sys, &sink, target, options);
     if (res != ZLR_RES_OK) return res;
     sink_text(sink, text);
     return sink_close(&sink, true);
@@ -273,7 +275,7 @@ std::string with_line_ends(std::string_view text)
 }
 }  // namespace
 
-int32_t file_append(sysenv *sys, const char *target, bool sync, std::string_view text)
+int32_t file_append(sysenv *sys, const char *target, const sink_options &options, std::string_view text)
 {
     const bool is_gzip = ends_in_gz(target);
     sysfile_t *file = nullptr;
@@ -282,13 +284,13 @@ int32_t file_append(sysenv *sys, const char *target, bool sync, std::string_view
     const std::string bytes =
         with_line_ends(!is_gzip && stays_cut(sys, target) ? "\n" + std::string(text) : std::string(text));
     errno = 0;
-    sysenv_fopen(sys, target, 0, 0, 1, 1, is_gzip ? SYSFILE_GZIP : SYSFILE_PLAIN, gzip_level, &file, &res);
+    sysenv_fopen(sys, target, 0, 0, 1, 1, is_gzip ? SYSFILE_GZIP : SYSFILE_PLAIN, options.gzip_level, &file, &res);
     if (res != SYSFILE_OK) {
         if (res == SYSFILE_BADNAME) errno = EILSEQ;
         return res == SYSFILE_NOMEM ? ZLR_RES_ERR_SPACE : ZLR_RES_ERR_FILE_OPEN;
     }
     sysenv_fwrite(file, bytes.data(), 1, bytes.size(), &res);
-    if (res == SYSFILE_OK) res = sync || is_gzip ? sysenv_ffinish(file) : sysenv_fflush(file);
+    if (res == SYSFILE_OK) res = options.sync || is_gzip ? sysenv_ffinish(file) : sysenv_fflush(file);
     const int why = errno;
     if (res != SYSFILE_OK) (void)sysenv_frewind(file); /* drops what waits: closing would write it a second time */
     (void)sysenv_fclose(&file);

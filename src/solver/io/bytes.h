@@ -18,6 +18,13 @@
 struct byte_source;
 struct byte_sink;
 
+/* How a file is written. */
+struct sink_options {
+    bool sync = true;        /* its data are on the disk before it gets its name */
+    int32_t gzip_level = 6;  /* 1 to 9, where it is compressed */
+    bool may_replace = true; /* a file that is there already */
+};
+
 /* Opens a file for reading. ZLR_RES_ERR_FILE_READ: cannot be opened (errno tells why), or is a folder. */
 [[nodiscard]] int32_t source_open(sysenv *sys, byte_source **source, const char *filename);
 
@@ -35,10 +42,11 @@ void source_unread(byte_source *source, const char *data, size_t size);
 
 void source_close(byte_source **source);
 
-/* Opens a target. ZLR_RES_ERR_FILE_OPEN (errno tells why). `sync`: its data are on the disk before it gets its name, so
- * that a power cut leaves the old file or the new one; that takes as long as the disk does. A new file gets the permissions that the user's mask leaves,
- * one that is replaced keeps its own; a link stays a link, and the file that it leads to is replaced. */
-[[nodiscard]] int32_t sink_open(sysenv *sys, byte_sink **sink, const char *target, bool sync);
+/* Opens a target. ZLR_RES_ERR_FILE_OPEN (errno tells why; EEXIST for a file that may not be replaced). With `sync` a power
+ * cut leaves the old file or the new one; that takes as long as the disk does. A new file gets the permissions that the
+ * user's mask leaves, one that is replaced keeps its own; a link stays a link, and the file that it leads to is replaced.
+ * What is no regular file is never replaced and always written. */
+[[nodiscard]] int32_t sink_open(sysenv *sys, byte_sink **sink, const char *target, const sink_options &options);
 
 /* Buffered. '\n' becomes the platform's line end. An error is kept and given again by every later call.
  * ZLR_RES_ERR_FILE_WRITE. */
@@ -55,10 +63,11 @@ int32_t sink_int(byte_sink *sink, int64_t value);
 [[nodiscard]] int32_t sink_close(byte_sink **sink, bool commit);
 
 /* Writes a whole text to a target in one go. */
-[[nodiscard]] int32_t sink_whole_file(sysenv *sys, const char *target, bool sync, std::string_view text);
+[[nodiscard]] int32_t sink_whole_file(sysenv *sys, const char *target, const sink_options &options,
+                                      std::string_view text);
 
 /* Appends a text of at most a stream's buffer to a file, which is created where it is not there, by one write to a
  * descriptor opened for append: texts of several processes do not mix. A last line that an earlier failure has cut is
  * ended first, where the file is not compressed. ZLR_RES_ERR_FILE_OPEN, ZLR_RES_ERR_FILE_WRITE (errno tells why);
  * ZLR_RES_ERR_SPACE. */
-[[nodiscard]] int32_t file_append(sysenv *sys, const char *target, bool sync, std::string_view text);
+[[nodiscard]] int32_t file_append(sysenv *sys, const char *target, const sink_options &options, std::string_view text);

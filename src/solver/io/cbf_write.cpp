@@ -4,8 +4,9 @@
  * Columns and rows keep their numbers. What the format has no place for becomes rows behind the model's own, in this
  * order: upper sides of rows that have two, bounds that are neither 0 nor infinite (and those of columns in a cone),
  * and the members of cones that do not stand side by side as columns. */
+#include "solver/io/adjust.h"
 #include "solver/io/cbf.h"
-#include "solver/io/io.h"
+#include "solver/io/number.h"
 
 #include <algorithm>
 #include <charconv>
@@ -26,6 +27,7 @@ struct cbf_writer {
     std::vector<column_row> extra;
     std::vector<cbf_block> var_blocks, con_blocks;
     std::string line;
+    int32_t digits;
 };
 
 /* ---- lines ------------------------------------------------------------------------------------------------------- */
@@ -38,12 +40,11 @@ static void line_int(cbf_writer *w, int64_t value)
     w->line += ' ';
 }
 
-/* Ends the line with a number in the shortest form that reads back as the same bits. */
+/* Ends the line with a number. */
 static void line_value(cbf_writer *w, double value)
 {
-    char text[40];
-    const std::to_chars_result result = std::to_chars(text, text + sizeof text, value);
-    w->line.append(text, static_cast<size_t>(result.ptr - text));
+    char text[number_room];
+    w->line.append(text, number_write(text, value, w->digits));
     w->line += '\n';
     sink_text(w->out, w->line);
     w->line.clear();
@@ -314,10 +315,12 @@ int32_t cbf_write(const io_context *io, byte_sink *out, const model *m)
     cbf_writer w{};
     w.out = out;
     w.m = m;
+    w.digits = io_digits(io);
     tell_names(io, m);
     place_columns(&w);
     place_rows(&w);
 
+    for (const std::string &line : adjust_comment(io)) sink_text(out, "# " + line + "\n");
     sink_text(out, "VER\n1\n");
     put_section(&w, "OBJSENSE");
     sink_text(out, m->sense == ZLR_SENSE_MAX ? "MAX\n" : "MIN\n");

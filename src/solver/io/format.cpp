@@ -1,5 +1,5 @@
 /* format.cpp - see io.h: the table of formats, the choice of one, and the messages of readers and writers. */
-#include "solver/io/io.h"
+#include "solver/io/adjust.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -68,8 +68,14 @@ std::string_view first_line(std::string_view head, char *comment)
     return {};
 }
 
-/* Bytes of the well-formed UTF-8 character at the beginning of a text; 0: there is none. Overlong forms pass: the text
- * is shown, not interpreted. */
+void io_tell(const io_context *io, int32_t stream, int64_t line, const char *kind, const char *format, va_list args)
+{
+    const std::string where = line > 0 ? "(" + std::to_string(line) + ")" : "";
+    const std::string text = text_vformat(format, args);
+    streams_printf(io->out, stream, "%s%s: %s%s.\n", io->file, where.c_str(), kind, text.c_str());
+}
+}  // namespace
+
 size_t utf8_size(std::string_view text)
 {
     const auto first = static_cast<unsigned char>(text[0]);
@@ -82,16 +88,12 @@ size_t utf8_size(std::string_view text)
     if (size > text.size()) return 0;
     for (size_t i = 1; i < size; ++i)
         if ((static_cast<unsigned char>(text[i]) & 0xc0U) != 0x80U) return 0;
-    return size;
+    if (size < 3) return size;
+    const auto second = static_cast<unsigned char>(text[1]);
+    const bool is_overlong = (first == 0xe0 && second < 0xa0) || (first == 0xf0 && second < 0x90);
+    const bool is_no_character = (first == 0xed && second >= 0xa0) || (first == 0xf4 && second >= 0x90);
+    return is_overlong || is_no_character ? 0 : size;
 }
-
-void io_tell(const io_context *io, int32_t stream, int64_t line, const char *kind, const char *format, va_list args)
-{
-    const std::string where = line > 0 ? "(" + std::to_string(line) + ")" : "";
-    const std::string text = text_vformat(format, args);
-    streams_printf(io->out, stream, "%s%s: %s%s.\n", io->file, where.c_str(), kind, text.c_str());
-}
-}  // namespace
 
 int32_t format_by_name(const char *filename)
 {
@@ -134,10 +136,28 @@ int32_t io_error(const io_context *io, int32_t code, int64_t line, const char *f
 
 void io_warning(const io_context *io, int64_t line, const char *format, ...)
 {
+    io_tally *tally = io->warnings;
+    if (tally != nullptr && tally->num++ >= tally->most && tally->most >= 0) return;
     va_list args;
     va_start(args, format);
     io_tell(io, ZLR_STREAM_WRN, line, "warning: ", format, args);
     va_end(args);
+}
+
+sink_options io_sink_options_replacing(const io_context *io)
+{
+    sink_options options;
+    if (io->params == nullptr) return options;
+    options.sync = param_int(io->params, IPAR_WRITE_SYNC) != 0;
+    options.gzip_level = param_int(io->params, IPAR_WRITE_GZIP_LEVEL);
+    return options;
+}
+
+sink_options io_sink_options(const io_context *io)
+{
+    sink_options options = io_sink_options_replacing(io);
+    options.may_replace = io->params == nullptr || param_int(io->params, IPAR_WRITE_EXISTING) == EXISTING_REPLACE;
+    return options;
 }
 
 std::string io_quote(std::string_view text)
@@ -180,24 +200,54 @@ int32_t format_of_source(const io_context *io, byte_source *in, int32_t *format)
                     "neither the name nor the content tells the format; known extensions are .mps, .qps, .lp and .cbf");
 }
 
+/* The format that READ_FORMAT names; -1 where it leaves the choice. */
+int32_t format_asked_for(const io_context *io)
+{
+    switch (param_int(io->params, IPAR_READ_FORMAT)) {
+    case READ_FORMAT_MPS: return format_mps;
+    case READ_FORMAT_LP: return format_lp;
+    case READ_FORMAT_CBF: return format_cbf;
+    case READ_FORMAT_CONTENT: return -1;
+    default: return format_by_name(io->file);
+    }
+}
+
 int32_t read_source(const io_context *io, byte_source *in, model *m, int32_t *format)
 {
-    *format = format_by_name(io->file);
+    *format = format_asked_for(io);
     int32_t res = *format >= 0 ? ZLR_RES_OK : format_of_source(io, in, format);
     if (res == ZLR_RES_OK) res = format_table[*format].read(io, in, m);
+    if (res == ZLR_RES_OK) res = adjust_read(io, m);
     return res;
+}
+
+/* What READ_MAX_WARNINGS has kept back, and whether there may be any. */
+int32_t judge_warnings(const io_context *io, int32_t res)
+{
+    const io_tally *tally = io->warnings;
+    if (tally->most >= 0 && tally->num > tally->most)
+        streams_printf(io->out, ZLR_STREAM_WRN, "%s: warning: %lld more warnings are not told (READ_MAX_WARNINGS).\n",
+                       io->file, static_cast<long long>(tally->num - tally->most));
+    if (res != ZLR_RES_OK || tally->num == 0 || param_int(io->params, IPAR_READ_WARNINGS_AS_ERRORS) == 0) return res;
+    return io_error(io, ZLR_RES_ERR_FILE_FORMAT, 0, "there is cause for %lld %s, and READ_WARNINGS_AS_ERRORS is on",
+                    static_cast<long long>(tally->num), tally->num == 1 ? "warning" : "warnings");
 }
 }  // namespace
 
-int32_t problem_read(const io_context *io, model *m, int32_t *format)
+int32_t problem_read(const io_context *given, model *m, int32_t *format)
 {
+    io_tally tally;
+    io_context counted = *given;
+    const io_context *io = &counted;
+    tally.most = param_int(given->params, IPAR_READ_MAX_WARNINGS);
+    counted.warnings = &tally;
     byte_source *in = nullptr;
     int32_t res = ZLR_RES_OK;
     *format = -1;
     try {
         res = source_open(io->sys, &in, io->file);
         if (res != ZLR_RES_OK) return io_error(io, res, 0, "the file cannot be opened: %s", std::strerror(errno));
-        res = read_source(io, in, m, format);
+        res = judge_warnings(io, read_source(io, in, m, format));
     } catch (const std::bad_alloc &) {
         res = ZLR_RES_ERR_SPACE;
     } catch (const std::length_error &) {
@@ -255,8 +305,10 @@ int32_t refuse_write(const io_context *io, const file_format *format, const mode
 }
 }  // namespace
 
-int32_t problem_write(const io_context *io, const model *m, int32_t *format)
+int32_t problem_write(const io_context *io, const model *given, int32_t *format)
 {
+    model changed;
+    const model *m = adjust_to_write(io, given, &changed);
     const int32_t by_name = format_by_name(io->file);
     if (by_name >= 0) *format = by_name;
     if (*format < 0 || *format >= format_count) *format = format_lp;
@@ -266,7 +318,7 @@ int32_t problem_write(const io_context *io, const model *m, int32_t *format)
     byte_sink *out = nullptr;
     int32_t res = ZLR_RES_OK;
     try {
-        res = sink_open(io->sys, &out, io->file, io_sync(io));
+        res = sink_open(io->sys, &out, io->file, io_sink_options(io));
         if (res != ZLR_RES_OK)
             return io_error(io, res, 0, "the file cannot be opened for writing: %s", std::strerror(errno));
         res = format_table[*format].write(io, out, m);

@@ -11,11 +11,18 @@
 #include "solver/report/streams.h"
 #include "zelor.h"
 
+/* Warnings of one read: how many there were, and how many of them are told. */
+struct io_tally {
+    int64_t num = 0;
+    int64_t most = -1; /* -1: all */
+};
+
 struct io_context {
     const char *file = nullptr; /* the name as the user gave it, for messages */
     const param_set *params = nullptr;
     stream_set *out = nullptr;
     sysenv *sys = nullptr;
+    io_tally *warnings = nullptr; /* null: nobody counts them, and all are told */
 };
 
 typedef int32_t (*format_read_func)(const io_context *io, byte_source *in, model *m);
@@ -29,10 +36,14 @@ struct file_format {
     bool holds_quadratic, holds_cones;
 };
 
-/* Whether written files have to be on the disk, by the parameters. */
-inline bool io_sync(const io_context *io)
+/* How files are written, by the parameters. One that is written anew after each run is always replaced. */
+sink_options io_sink_options(const io_context *io);
+sink_options io_sink_options_replacing(const io_context *io);
+
+/* Significant digits of numbers in files, as number_write takes them. */
+inline int32_t io_digits(const io_context *io)
 {
-    return io->params == nullptr || param_int(io->params, IPAR_WRITE_SYNC) != 0;
+    return io->params != nullptr ? param_int(io->params, IPAR_WRITE_DIGITS) : 0;
 }
 
 extern const file_format format_table[];
@@ -57,6 +68,9 @@ int32_t format_by_content(std::string_view head);
 int32_t io_error(const io_context *io, int32_t code, int64_t line, const char *format, ...) ZLR_PRINTF(4, 5);
 void io_warning(const io_context *io, int64_t line, const char *format, ...) ZLR_PRINTF(3, 4);
 std::string io_quote(std::string_view text);
+
+/* Bytes of the well-formed UTF-8 character at the beginning of a text that is not empty; 0: there is none. */
+size_t utf8_size(std::string_view text);
 
 /* The formats. */
 int32_t mps_read(const io_context *io, byte_source *in, model *m);

@@ -26,7 +26,7 @@ static int32_t set_bound(lp_reader *r, int32_t col, lp_kind sense, double value)
     return ZLR_RES_OK;
 }
 
-/* The column that the token names. One that no expression has is taken as an empty column, and told. */
+/* The column that the token names. One that no expression has is taken as an empty column, and told, or refused. */
 static int32_t read_column(lp_reader *r, int32_t *col)
 {
     lp_lexer *lex = &r->lex;
@@ -34,6 +34,11 @@ static int32_t read_column(lp_reader *r, int32_t *col)
     if (lex->kind != LP_NAME) return lp_expected(lex, "a variable name");
     const int32_t res = lp_column_at(r, col, &is_new);
     if (res != ZLR_RES_OK) return res;
+    if (is_new && param_int(lex->io->params, IPAR_READ_LP_NEW_COLUMNS) == NEW_COLUMNS_ERROR)
+        return lex->code = io_error(lex->io, ZLR_RES_ERR_FILE_FORMAT, lex->line,
+                                    "found '%s' where a variable of the objective or a constraint was expected "
+                                    "(READ_LP_NEW_COLUMNS)",
+                                    io_quote(lex->text).c_str());
     if (is_new) lp_remember(r, LP_NOTE_NEW_COLUMN, lex->line, lex->text);
     lp_next(lex);
     return lex->code;

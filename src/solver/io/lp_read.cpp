@@ -58,13 +58,23 @@ static int32_t read_section(lp_reader *r, const lp_header *header)
     }
 }
 
+/* The end of a file without "End". */
+static int32_t end_without_end(lp_reader *r)
+{
+    lp_lexer *lex = &r->lex;
+    if (param_int(lex->io->params, IPAR_READ_MISSING_END) != MISSING_END_WARN)
+        return lp_expected(lex, "'End' (the file may have been cut off)");
+    io_warning(lex->io, lex->line, "found the end of the file where 'End' was expected: a part may be missing");
+    return ZLR_RES_OK;
+}
+
 /* All sections behind the objective. A file without "End" may have been cut, at a place that nothing else betrays. */
 static int32_t read_sections(lp_reader *r)
 {
     lp_lexer *lex = &r->lex;
     for (;;) {
         if (lex->code != ZLR_RES_OK) return lex->code;
-        if (lex->kind == LP_END_OF_FILE) return lp_expected(lex, "'End' (the file may have been cut off)");
+        if (lex->kind == LP_END_OF_FILE) return end_without_end(r);
         const lp_header *header = lp_header_at(lex);
         lp_skip_header(lex, header);
         if (header->section == LP_SECTION_END) break;
@@ -90,15 +100,23 @@ static void name_rows(lp_reader *r)
     }
 }
 
-/* Told at the end, when no bound can follow any more. */
-static void note_default_lower(lp_reader *r)
+/* Settled at the end, when no bound can follow any more. */
+static int32_t settle_default_lower(lp_reader *r)
 {
-    const model *m = r->m;
+    model *m = r->m;
+    const int32_t policy = param_int(r->lex.io->params, IPAR_READ_NEGATIVE_UPPER);
     for (int32_t col = 0; col < m->num_var; col++) {
         const auto j = static_cast<size_t>(col);
-        if (m->var_upper[j] < 0.0 && (r->given[j] & LP_GIVEN_LOWER) == 0)
-            lp_remember(r, LP_NOTE_DEFAULT_LOWER, 0, names_get(&m->var_names, col));
+        const std::string_view name = names_get(&m->var_names, col);
+        if (!(m->var_upper[j] < 0.0) || (r->given[j] & LP_GIVEN_LOWER) != 0) continue;
+        if (policy == NEGATIVE_UPPER_ERROR)
+            return io_error(r->lex.io, ZLR_RES_ERR_FILE_FORMAT, 0,
+                            "the variable '%s' has the upper bound %g and no lower one (READ_NEGATIVE_UPPER)",
+                            io_quote(name).c_str(), m->var_upper[j]);
+        if (policy == NEGATIVE_UPPER_INFINITE) m->var_lower[j] = -model_inf;
+        lp_remember(r, policy == NEGATIVE_UPPER_INFINITE ? LP_NOTE_NO_LOWER : LP_NOTE_DEFAULT_LOWER, 0, name);
     }
+    return ZLR_RES_OK;
 }
 
 static const char *const note_texts[LP_NOTE_COUNT] = {
@@ -107,6 +125,7 @@ static const char *const note_texts[LP_NOTE_COUNT] = {
     "a quadratic part of a constraint with '/ 2' is halved",
     "'x y' in brackets is taken as the product 'x * y'",
     "an upper bound below 0 leaves the lower bound at 0, so that the variable has no value; 'x >= -inf' lowers it",
+    "an upper bound below 0 without a lower one makes the lower bound -infinity",
     "the bounds of a binary variable leave neither 0 nor 1",
 };
 
@@ -135,7 +154,8 @@ int32_t lp_read(const io_context *io, byte_source *in, model *m)
 
     m->name = r.lex.problem_name;
     name_rows(&r);
-    note_default_lower(&r);
+    res = settle_default_lower(&r);
+    if (res != ZLR_RES_OK) return res;
     r.var_index = {};
     r.con_index = {};
     lp_rows_to_columns(&r.rows, m->num_var, &m->a);

@@ -13,6 +13,7 @@ enum lp_note_kind : uint8_t {
     LP_NOTE_HALF_ROW,      /* [ ... ] / 2 in a constraint */
     LP_NOTE_BARE_PRODUCT,  /* x y for x * y */
     LP_NOTE_DEFAULT_LOWER, /* an upper bound below the lower bound 0 that was not given */
+    LP_NOTE_NO_LOWER,      /* the same, with the lower bound taken as -infinity */
     LP_NOTE_BINARY_BOUNDS, /* bounds of a binary column that leave neither 0 nor 1 */
     LP_NOTE_COUNT
 };

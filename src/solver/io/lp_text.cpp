@@ -1,9 +1,8 @@
 /* lp_text.cpp - lines and numbers of the LP writer. */
 #include "solver/io/lp_writer.h"
 
-#include <charconv>
+#include "solver/io/number.h"
 
-static constexpr size_t line_limit = 78;
 static constexpr size_t buffer_bytes = size_t{64} * 1024;
 
 static void hand_over(lp_text *text, size_t limit)
@@ -23,7 +22,7 @@ void lp_text_line(lp_text *text, std::string_view start)
 
 void lp_text_piece(lp_text *text, std::string_view piece)
 {
-    if (text->line_length + 1 + piece.size() > line_limit) lp_text_line(text, " ");
+    if (text->line_length + 1 + piece.size() > text->line_limit) lp_text_line(text, " ");
     text->buffer += ' ';
     text->buffer += piece;
     text->line_length += 1 + piece.size();
@@ -39,9 +38,8 @@ int32_t lp_text_end(lp_text *text)
     return res;
 }
 
-void lp_append_number(std::string *text, double value)
+void lp_append_number(std::string *text, double value, int32_t digits)
 {
-    char digits[32];
-    const std::to_chars_result result = std::to_chars(digits, digits + sizeof digits, value);
-    text->append(digits, result.ptr);
+    char number[number_room];
+    text->append(number, number_write(number, value, digits));
 }

@@ -2,6 +2,7 @@
  *
  * What is written is what all common readers take alike: an objective and rows are never empty ("0 x"), a free row has
  * the right-hand side -1e30, both bounds are given wherever one is finite above. See docs/formats-lp.md. */
+#include "solver/io/adjust.h"
 #include "solver/io/lp_writer.h"
 
 #include <cmath>
@@ -13,6 +14,7 @@ struct lp_output {
     lp_text text;
     std::string piece; /* built here, so that its memory is used again */
     bool split_ranges = false;
+    int32_t digits = 0;
 };
 
 static constexpr double free_row_side = -1e30;
@@ -30,7 +32,7 @@ static void begin_term(lp_output *o, double value, bool is_first)
     else if (!is_first)
         o->piece += "+ ";
     if (std::fabs(value) != 1.0) {
-        lp_append_number(&o->piece, std::fabs(value));
+        lp_append_number(&o->piece, std::fabs(value), o->digits);
         o->piece += ' ';
     }
 }
@@ -92,7 +94,7 @@ static void write_objective(lp_output *o)
     write_quad(o, &m->qobj, true, &is_first);
     if (m->cfix != 0.0 || is_first) {
         o->piece = std::signbit(m->cfix) ? "- " : is_first ? "" : "+ ";
-        lp_append_number(&o->piece, std::fabs(m->cfix));
+        lp_append_number(&o->piece, std::fabs(m->cfix), o->digits);
         lp_text_piece(&o->text, o->piece);
     }
 }
@@ -113,7 +115,7 @@ static void write_expression(lp_output *o, int32_t row, const quad_row *quad)
 static void write_number(lp_output *o, std::string_view before, double value, std::string_view behind)
 {
     o->piece = before;
-    lp_append_number(&o->piece, value);
+    lp_append_number(&o->piece, value, o->digits);
     o->piece += behind;
     lp_text_piece(&o->text, o->piece);
 }
@@ -180,14 +182,14 @@ static void write_bound(lp_output *o, int32_t col)
         piece->append(var_name(o, col)).append(" free");
     } else if (lower == upper && std::signbit(lower) == std::signbit(upper)) {
         piece->append(var_name(o, col)).append(" = ");
-        lp_append_number(piece, lower);
+        lp_append_number(piece, lower, o->digits);
     } else if (upper == model_inf) {
         piece->append(var_name(o, col)).append(" >= ");
-        lp_append_number(piece, lower);
+        lp_append_number(piece, lower, o->digits);
     } else {
-        lp_append_number(piece, lower); /* "-inf" for none */
+        lp_append_number(piece, lower, o->digits); /* "-inf" for none */
         piece->append(" <= ").append(var_name(o, col)).append(" <= ");
-        lp_append_number(piece, upper);
+        lp_append_number(piece, upper, o->digits);
     }
     lp_text_line(&o->text, "");
     lp_text_piece(&o->text, *piece);
@@ -222,12 +224,13 @@ static void write_integers(lp_output *o, bool binaries)
 
 /* ---- the file */
 
-static void write_head(lp_output *o)
+static void write_head(lp_output *o, const std::vector<std::string> &comment)
 {
     std::string name = o->m->name;
     for (char &c : name)
         if (static_cast<unsigned char>(c) < 0x20) c = '_';
     if (!name.empty()) lp_text_line(&o->text, "\\Problem name: " + name);
+    for (const std::string &line : comment) lp_text_line(&o->text, "\\ " + line);
 }
 
 int32_t lp_write(const io_context *io, byte_sink *out, const model *m)
@@ -236,12 +239,15 @@ int32_t lp_write(const io_context *io, byte_sink *out, const model *m)
     o.m = m;
     o.text.out = out;
     o.split_ranges = io->params != nullptr && param_int(io->params, IPAR_WRITE_LP_RANGES) == LP_RANGES_SPLIT;
+    o.digits = io_digits(io);
+    if (io->params != nullptr)
+        o.text.line_limit = static_cast<size_t>(param_int(io->params, IPAR_WRITE_LP_LINE_LENGTH));
     lp_names_make(io, &m->var_names, m->num_var, true, &o.vars);
     lp_names_make(io, &m->con_names, m->num_con, false, &o.cons);
     o.vars.index = {};
     lp_matrix_make(m, &o.a);
 
-    write_head(&o);
+    write_head(&o, adjust_comment(io));
     write_objective(&o);
     write_rows(&o);
     write_bounds(&o);

@@ -7,11 +7,12 @@
 #include <string>
 #include <string_view>
 
-/* Text in lines below 80 columns, broken between pieces. A piece longer than that stands on a line of its own. */
+/* Text in lines of limited length, broken between pieces. A longer piece stands on a line of its own. */
 struct lp_text {
     byte_sink *out = nullptr;
     std::string buffer;
     size_t line_length = 0;
+    size_t line_limit = 78;
 };
 
 /* Starts a line with `start`, after ending the one before. */
@@ -23,8 +24,8 @@ void lp_text_piece(lp_text *text, std::string_view piece);
 /* Hands the rest to the sink. Returns the sink's first error. */
 [[nodiscard]] int32_t lp_text_end(lp_text *text);
 
-/* The shortest text that reads back as the same bits. */
-void lp_append_number(std::string *text, double value);
+/* As number_write. */
+void lp_append_number(std::string *text, double value, int32_t digits);
 
 /* The names as they are written: the model's, or generated ones where it has none, or one that an LP file cannot hold or
  * that is there already. */

@@ -53,14 +53,58 @@ int32_t find_line_column(mps_reader *r, std::string_view name, int32_t *column)
     return ZLR_RES_OK;
 }
 
+/* Where the matrix has an entry of the column at hand; the end of the matrix for one that was dropped or is kept aside. */
+size_t entry_place(const mps_reader *r, int32_t row)
+{
+    const sparse_columns *a = &r->m->a;
+    for (size_t k = a->row.size(); k > static_cast<size_t>(a->start.back()); --k)
+        if (a->row[k - 1] == row) return k - 1;
+    return a->row.size();
+}
+
 /* The value of an entry of the column at hand; 0 for one that was dropped or is kept aside. */
 double entry_value(const mps_reader *r, int32_t row)
 {
     const model *m = r->m;
     if (row == mps_objective) return m->c[static_cast<size_t>(r->column)];
-    for (size_t k = m->a.row.size(); k > static_cast<size_t>(m->a.start.back()); --k)
-        if (m->a.row[k - 1] == row) return m->a.value[k - 1];
-    return 0.0;
+    const size_t k = entry_place(r, row);
+    return k < m->a.row.size() ? m->a.value[k] : 0.0;
+}
+
+double combined(const mps_reader *r, double old_value, double value)
+{
+    if (r->duplicates == DUPLICATES_FIRST) return old_value;
+    return r->duplicates == DUPLICATES_LAST ? value : old_value + value;
+}
+
+bool is_dropped(const mps_reader *r, double value) { return value == 0.0 || std::fabs(value) < r->tiny; }
+
+/* An entry that the column at hand has already, or had before it was dropped. */
+void put_again(mps_reader *r, int32_t row, double value)
+{
+    model *m = r->m;
+    const double sum = combined(r, entry_value(r, row), value);
+    if (row == mps_objective) {
+        m->c[static_cast<size_t>(r->column)] = sum;
+        return;
+    }
+    const size_t k = entry_place(r, row);
+    const bool is_there = k < m->a.row.size();
+    if (is_there && is_dropped(r, sum)) {
+        m->a.row.erase(m->a.row.begin() + static_cast<ptrdiff_t>(k));
+        m->a.value.erase(m->a.value.begin() + static_cast<ptrdiff_t>(k));
+    } else if (is_there) {
+        m->a.value[k] = sum;
+    } else if (!is_dropped(r, sum)) {
+        m->a.row.push_back(row);
+        m->a.value.push_back(sum);
+    }
+}
+
+/* The last column with an entry in the row. */
+int32_t last_column_of(const mps_reader *r, int32_t row)
+{
+    return row == mps_objective ? r->objective_mark : r->row_mark[static_cast<size_t>(row)];
 }
 
 int32_t find_pair_row(mps_reader *r, const mps_pairs *pairs, int32_t i, int32_t *row)
@@ -72,7 +116,7 @@ int32_t find_pair_row(mps_reader *r, const mps_pairs *pairs, int32_t i, int32_t 
 }
 
 /* Rows of the pairs. An entry that the column has already is an error, unless it only says the same again: then its row
- * becomes mps_none. */
+ * becomes mps_none. Where READ_MPS_DUPLICATES takes such entries, they are dealt with when they are put. */
 int32_t find_pair_rows(mps_reader *r, const mps_pairs *pairs, int32_t column, int32_t *row)
 {
     for (int32_t i = 0; i < pairs->num; ++i) {
@@ -81,7 +125,8 @@ int32_t find_pair_rows(mps_reader *r, const mps_pairs *pairs, int32_t column, in
         if (!std::isfinite(pairs->value[i]))
             return mps_fail(r, ZLR_RES_ERR_FILE_FORMAT,
                             "found an infinite coefficient where a finite one was expected");
-        const int32_t mark = row[i] == mps_objective ? r->objective_mark : r->row_mark[static_cast<size_t>(row[i])];
+        if (r->duplicates != DUPLICATES_ERROR) continue;
+        const int32_t mark = last_column_of(r, row[i]);
         if (i == 1 && row[0] == row[1]) return entry_twice(r, pairs->name[i], pairs->set);
         if (column == mps_none || mark != column) continue;
         if (r->column_late || column != r->column || entry_value(r, row[i]) != pairs->value[i])
@@ -115,12 +160,15 @@ void put_entry(mps_reader *r, int32_t row, double value)
     model *m = r->m;
     if (r->column_late) {
         r->late.push_back({r->column, row, value, r->lines.number});
+    } else if (r->duplicates != DUPLICATES_ERROR && last_column_of(r, row) == r->column) {
+        mps_count(&r->entry_again, r->column_name, r->lines.number);
+        put_again(r, row, value);
     } else if (row == mps_objective) {
         m->c[static_cast<size_t>(r->column)] = value;
         r->objective_mark = r->column;
     } else {
         r->row_mark[static_cast<size_t>(row)] = r->column;
-        if (value == 0.0 || std::fabs(value) < r->tiny) return;
+        if (is_dropped(r, value)) return;
         m->a.row.push_back(row);
         m->a.value.push_back(value);
     }
@@ -166,26 +214,59 @@ int32_t late_twice(mps_reader *r, const mps_late_entry *entry)
     return mps_tell(r, res, entry->line);
 }
 
+/* A late entry that the column has already. `old_value` may be that of an entry of any place. */
+int32_t merge_again(mps_reader *r, const mps_late_entry *e, double *old_value)
+{
+    if (r->duplicates == DUPLICATES_ERROR) return late_twice(r, e);
+    mps_count(&r->entry_again, names_get(&r->m->var_names, e->column), e->line);
+    *old_value = combined(r, *old_value, e->value);
+    return ZLR_RES_OK;
+}
+
+/* The entry of a row among those of the last column of `to`; there is one. */
+double *merged_value(sparse_columns *to, int32_t row)
+{
+    const auto at = std::find(to->row.rbegin(), to->row.rend(), row);
+    return &to->value[static_cast<size_t>(to->row.rend() - at) - 1];
+}
+
+/* Entries of the last column of `to` that are too small to stay, with those that came to be so. */
+void drop_merged(const mps_reader *r, size_t begin, sparse_columns *to)
+{
+    size_t kept = begin;
+    for (size_t k = begin; k < to->row.size(); ++k) {
+        if (is_dropped(r, to->value[k])) continue;
+        to->row[kept] = to->row[k];
+        to->value[kept++] = to->value[k];
+    }
+    to->row.resize(kept);
+    to->value.resize(kept);
+}
+
 /* Puts the late entries of one column behind its others. */
 int32_t merge_column(mps_reader *r, const mps_late_entry *first, const mps_late_entry *last, sparse_columns *to)
 {
     const int32_t column = first->column;
+    const auto begin = static_cast<size_t>(to->start[static_cast<size_t>(column)]);
     double *cost = &r->m->c[static_cast<size_t>(column)];
-    for (auto k = static_cast<size_t>(to->start[static_cast<size_t>(column)]); k < to->row.size(); ++k)
-        r->row_mark[static_cast<size_t>(to->row[k])] = column;
+    for (size_t k = begin; k < to->row.size(); ++k) r->row_mark[static_cast<size_t>(to->row[k])] = column;
     for (const mps_late_entry *e = first; e != last; ++e) {
+        int32_t res = ZLR_RES_OK;
         if (e->row == mps_objective) {
-            if (*cost != 0.0) return late_twice(r, e);
-            *cost = e->value;
-            continue;
+            if (*cost != 0.0)
+                res = merge_again(r, e, cost);
+            else
+                *cost = e->value;
+        } else if (r->row_mark[static_cast<size_t>(e->row)] == column) {
+            res = merge_again(r, e, merged_value(to, e->row));
+        } else {
+            r->row_mark[static_cast<size_t>(e->row)] = column;
+            to->row.push_back(e->row);
+            to->value.push_back(e->value);
         }
-        int32_t *mark = &r->row_mark[static_cast<size_t>(e->row)];
-        if (*mark == column) return late_twice(r, e);
-        *mark = column;
-        if (e->value == 0.0 || std::fabs(e->value) < r->tiny) continue;
-        to->row.push_back(e->row);
-        to->value.push_back(e->value);
+        if (res != ZLR_RES_OK) return res;
     }
+    drop_merged(r, begin, to);
     return ZLR_RES_OK;
 }
 

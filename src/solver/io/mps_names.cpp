@@ -5,14 +5,12 @@
 
 namespace
 {
-constexpr size_t name_max = 255;
-
 bool is_bad_character(char c) { return static_cast<unsigned char>(c) <= ' ' || c == '\x7f'; }
 }  // namespace
 
-bool mps_name_holds(std::string_view name)
+bool mps_name_holds(std::string_view name, size_t longest)
 {
-    if (name.empty() || name.size() > name_max || name[0] == '$' || name[0] == '*' || name == "'MARKER'") return false;
+    if (name.empty() || name.size() > longest || name[0] == '$' || name[0] == '*' || name == "'MARKER'") return false;
     return std::none_of(name.begin(), name.end(), is_bad_character);
 }
 
@@ -23,7 +21,7 @@ void mps_names_make(mps_name_list *list, const name_table *own, int32_t num, cha
     list->reserved = reserved;
     for (int32_t i = 0; i < num; ++i) {
         const std::string_view name = names_get(own, i);
-        if (!mps_name_holds(name) || name == reserved || name_index_add(&list->own_index, own, i) >= 0)
+        if (!mps_name_holds(name, list->longest) || name == reserved || name_index_add(&list->own_index, own, i) >= 0)
             refused.push_back(i);
     }
     if (refused.empty()) return;
@@ -41,13 +39,22 @@ std::string_view mps_name(const mps_name_list *list, int32_t i)
     return made < 0 ? names_get(list->own, i) : names_get(&list->made, made);
 }
 
+namespace
+{
+/* A base and an ending, with as much of the base as there is room for. */
+std::string name_within(const std::string &base, const std::string &ending, size_t longest)
+{
+    return base.substr(0, longest - std::min(longest, ending.size())) + ending;
+}
+}  // namespace
+
 std::string mps_name_new(mps_name_list *list, const std::string &base)
 {
-    std::string name = base;
+    std::string name = name_within(base, "", list->longest);
     for (int64_t k = 1; name == list->reserved || name_index_find(&list->own_index, list->own, name) >= 0 ||
                         name_index_find(&list->made_index, &list->made, name) >= 0;
          ++k)
-        name = base + "_" + std::to_string(k);
+        name = name_within(base, "_" + std::to_string(k), list->longest);
     bool is_new = false;
     name_index_intern(&list->made_index, &list->made, name, &is_new);
     return name;

@@ -28,7 +28,10 @@ bool mps_set_taken(mps_reader *r, mps_set *set, std::string_view name, const cha
 {
     if (!set->known) set->name = name;
     set->known = true;
-    if (name.empty() || name == set->name) return true;
+    if (name.empty() || name == set->name) {
+        set->met = true;
+        return true;
+    }
     if (!set->told)
         io_warning(r->io, r->lines.number, "the %s '%s' are taken, and those of '%s' and others are left out", what,
                    io_quote(set->name).c_str(), io_quote(name).c_str());
@@ -196,7 +199,8 @@ int32_t end_without_endata(mps_reader *r)
     const int64_t line = r->lines.number;
     const bool is_behind_columns =
         r->section == mps_section::rhs || r->section == mps_section::ranges || r->section == mps_section::bounds;
-    if (is_behind_columns && r->lines.last_is_whole) {
+    const bool is_taken = param_int(r->io->params, IPAR_READ_MISSING_END) != MISSING_END_ERROR;
+    if (is_behind_columns && is_taken && r->lines.last_is_whole) {
         io_warning(r->io, line,
                    "found the end of the file where ENDATA was expected: right-hand sides, ranges or bounds "
                    "may be missing");
@@ -206,8 +210,8 @@ int32_t end_without_endata(mps_reader *r)
     if (r->section == mps_section::none)
         return io_error(r->io, ZLR_RES_ERR_FILE_FORMAT, line, "found the end of the file where a section was expected");
     return io_error(r->io, ZLR_RES_ERR_FILE_FORMAT, line,
-                    "found the end of the file in the section %s where ENDATA was expected: the file is cut off",
-                    mps_section_word(r->section));
+                    "found the end of the file in the section %s where ENDATA was expected%s",
+                    mps_section_word(r->section), is_taken ? ": the file is cut off" : "");
 }
 
 /* Reads to the end: a compressed file that is damaged or cut shows only there. */
@@ -252,19 +256,52 @@ void tell_tally(const mps_reader *r, const mps_tally *tally, const char *what)
                    static_cast<long long>(tally->num - 1), what);
 }
 
+const char *duplicates_text(int32_t policy)
+{
+    switch (policy) {
+    case DUPLICATES_FIRST: return "has an entry that is given again: the first value counts";
+    case DUPLICATES_LAST: return "has an entry that is given again: the last value counts";
+    default: return "has an entry that is given again: the values are added up";
+    }
+}
+
 void tell_doubts(const mps_reader *r)
 {
     if (!r->has_objective) io_warning(r->io, 0, "there is no row of type N: the objective is 0");
     tell_tally(r, &r->column_twice, "stands in more than one place of COLUMNS: its entries are put together");
     tell_tally(r, &r->entry_twice, "has an entry that stands twice with the same value: it counts once");
+    tell_tally(r, &r->entry_again, duplicates_text(r->duplicates));
     tell_tally(r, &r->quad_twice, "has a quadratic entry that stands more than once: the values are added up");
     tell_tally(r, &r->quad_both,
                "has a quadratic entry in both triangles of a section that holds one: the values are added up");
     tell_tally(r, &r->free_row_value, "is a free row: its right-hand side or range has no effect");
     tell_tally(r, &r->negative_upper,
-               "has a negative upper bound and no lower one: the lower bound is taken as -infinity");
+               r->negative_upper_as == NEGATIVE_UPPER_ZERO
+                   ? "has a negative upper bound and no lower one: the lower bound stays at 0, and no value fits"
+                   : "has a negative upper bound and no lower one: the lower bound is taken as -infinity");
     tell_tally(r, &r->bound_twice, "has a bound that is given again: the last one counts");
     tell_tally(r, &r->ignored_value, "has a bound of a type without a value: the value has no effect");
+}
+void ask_for_set(mps_set *set, const char *name)
+{
+    set->name = name;
+    set->known = set->asked_for = name[0] != '\0';
+}
+
+void take_params(mps_reader *r, const param_set *params)
+{
+    const char *objective = param_str(params, SPAR_READ_OBJECTIVE_ROW);
+    r->dialect = param_int(params, IPAR_READ_MPS_FORMAT);
+    r->infinite = param_dou(params, DPAR_BOUND_INFINITE);
+    r->tiny = param_dou(params, DPAR_DATA_TOL_COEF);
+    r->duplicates = param_int(params, IPAR_READ_MPS_DUPLICATES);
+    r->negative_upper_as = param_int(params, IPAR_READ_NEGATIVE_UPPER);
+    r->objective_rhs_as = param_int(params, IPAR_READ_MPS_OBJECTIVE_RHS);
+    ask_for_set(&r->rhs_set, param_str(params, SPAR_READ_RHS_SET));
+    ask_for_set(&r->range_set, param_str(params, SPAR_READ_RANGES_SET));
+    ask_for_set(&r->bound_set, param_str(params, SPAR_READ_BOUNDS_SET));
+    r->objective_chosen = r->objective_asked = objective[0] != '\0';
+    r->m->obj_name = objective;
 }
 }  // namespace
 
@@ -273,15 +310,14 @@ int32_t mps_read(const io_context *io, byte_source *in, model *m)
     mps_reader r;
     r.io = io;
     r.m = m;
-    r.dialect = param_int(io->params, IPAR_READ_MPS_FORMAT);
-    r.infinite = param_dou(io->params, DPAR_BOUND_INFINITE);
-    r.tiny = param_dou(io->params, DPAR_DATA_TOL_COEF);
+    take_params(&r, io->params);
     lines_open(&r.lines, io, in);
 
-    const int32_t res = read_lines(&r);
+    int32_t res = read_lines(&r);
+    if (res == ZLR_RES_OK) res = mps_finish_sets(&r);
+    if (res == ZLR_RES_OK) res = mps_finish_bounds(&r);
     if (res != ZLR_RES_OK) return res;
     mps_finish_rows(&r);
-    mps_finish_bounds(&r);
     tell_doubts(&r);
     return ZLR_RES_OK;
 }

@@ -81,10 +81,12 @@ struct mps_quad_entry {
     int64_t line;
 };
 
-/* A vector of which only the first set is read. */
+/* A vector of which one set is read: the first, or one that a parameter names. */
 struct mps_set {
     std::string name;
     bool known = false;
+    bool asked_for = false; /* by a parameter */
+    bool met = false;
     bool told = false; /* that another one is passed over */
 };
 
@@ -96,6 +98,9 @@ struct mps_reader {
     int32_t dialect = MPS_AUTO; /* as asked for; MPS_FIXED once blanks in names have been found */
     double infinite = 1e16;
     double tiny = 1e-12;
+    int32_t duplicates = DUPLICATES_ERROR; /* parameters READ_MPS_... and others that the lines of a file call for */
+    int32_t negative_upper_as = NEGATIVE_UPPER_FORMAT;
+    int32_t objective_rhs_as = OBJECTIVE_RHS_NEGATE;
 
     mps_section section = mps_section::none;
     uint32_t seen = 0; /* bit s: section s has been met */
@@ -103,7 +108,8 @@ struct mps_reader {
 
     name_index row_index, column_index;
     bool has_objective = false;
-    bool objective_chosen = false; /* by OBJNAME */
+    bool objective_chosen = false; /* by OBJNAME or a parameter */
+    bool objective_asked = false;  /* by a parameter, which OBJNAME does not change */
     std::vector<char> row_type;    /* 'N', 'L', 'G', 'E', by row */
     std::vector<double> rhs;       /* by row, NaN where there is none */
     std::vector<double> range;     /* by row, NaN where there is none; empty before RANGES */
@@ -121,7 +127,7 @@ struct mps_reader {
 
     std::vector<uint8_t> bound_given;      /* by column: 1 lower, 2 upper */
     int32_t column_hint = 0, row_hint = 0; /* where the next name is likely to be found */
-    mps_tally negative_upper, bound_twice, ignored_value, column_twice, entry_twice, quad_twice, quad_both,
+    mps_tally negative_upper, bound_twice, entry_again, ignored_value, column_twice, entry_twice, quad_twice, quad_both,
         free_row_value;
 
     int32_t quad_row = mps_objective;
@@ -171,7 +177,8 @@ const char *mps_section_word(mps_section section);
 [[nodiscard]] int32_t mps_line_ranges(mps_reader *r, const mps_fields *fields);
 [[nodiscard]] int32_t mps_line_bounds(mps_reader *r, const mps_fields *fields);
 void mps_finish_rows(mps_reader *r);
-void mps_finish_bounds(mps_reader *r);
+[[nodiscard]] int32_t mps_finish_bounds(mps_reader *r);
+[[nodiscard]] int32_t mps_finish_sets(mps_reader *r);
 [[nodiscard]] int32_t mps_begin_quad(mps_reader *r, std::string_view row_name);
 [[nodiscard]] int32_t mps_line_quad(mps_reader *r, const mps_fields *fields);
 [[nodiscard]] int32_t mps_end_quad(mps_reader *r);

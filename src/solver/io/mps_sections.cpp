@@ -23,6 +23,7 @@ int32_t line_objsense(mps_reader *r, std::string_view word)
 
 int32_t line_objname(mps_reader *r, std::string_view name)
 {
+    if (r->objective_asked) return ZLR_RES_OK;
     if (r->objective_chosen) return mps_fail(r, ZLR_RES_ERR_FILE_FORMAT, "the objective is named twice");
     r->objective_chosen = true;
     r->m->obj_name = name;

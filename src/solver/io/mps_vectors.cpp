@@ -59,7 +59,8 @@ int32_t check_rhs(mps_reader *r, int32_t row, std::string_view name, double valu
 void put_rhs(mps_reader *r, int32_t row, std::string_view name, double value)
 {
     if (row == mps_objective) {
-        r->m->cfix = value == 0.0 ? 0.0 : -value;
+        if (r->objective_rhs_as != OBJECTIVE_RHS_IGNORE)
+            r->m->cfix = value == 0.0 || r->objective_rhs_as == OBJECTIVE_RHS_KEEP ? value + 0.0 : -value;
         r->objective_rhs = true;
         return;
     }
@@ -244,7 +245,8 @@ void put_bound(mps_reader *r, const bound_line *b)
     if (type == "UP" || type == "UI") {
         put_upper(r, j, b->value);
         if (b->value < 0.0 && (r->bound_given[at] & lower_given) == 0) {
-            put_lower(r, j, -model_inf); /* an old convention, which most readers keep */
+            if (r->negative_upper_as != NEGATIVE_UPPER_ZERO)
+                put_lower(r, j, -model_inf); /* an old convention, which most readers keep */
             mps_count(&r->negative_upper, b->column_name, r->lines.number);
         }
     } else if (type == "LO" || type == "LI") {
@@ -275,12 +277,47 @@ int32_t mps_line_bounds(mps_reader *r, const mps_fields *fields)
     return ZLR_RES_OK;
 }
 
+namespace
+{
+/* Known only when no bound can follow any more. */
+int32_t refuse_negative_upper(mps_reader *r)
+{
+    for (size_t j = 0; j < r->bound_given.size(); ++j) {
+        if (!(r->m->var_upper[j] < 0.0) || (r->bound_given[j] & lower_given) != 0) continue;
+        return io_error(r->io, ZLR_RES_ERR_FILE_FORMAT, 0,
+                        "the column '%s' has the upper bound %g and no lower one (READ_NEGATIVE_UPPER)",
+                        io_quote(names_get(&r->m->var_names, static_cast<int32_t>(j))).c_str(), r->m->var_upper[j]);
+    }
+    return ZLR_RES_OK;
+}
+
+int32_t check_set(const mps_reader *r, const mps_set *set, const char *what, const char *param)
+{
+    if (!set->asked_for || set->met || !set->told) return ZLR_RES_OK;
+    return io_error(r->io, ZLR_RES_ERR_FILE_FORMAT, 0, "the file has %s, but none under the name '%s' (%s)", what,
+                    io_quote(set->name).c_str(), param);
+}
+}  // namespace
+
+/* A set that a parameter names, and that is not among those of the file, is not taken as empty in silence. */
+int32_t mps_finish_sets(mps_reader *r)
+{
+    int32_t res = check_set(r, &r->rhs_set, "right-hand sides", "READ_RHS_SET");
+    if (res == ZLR_RES_OK) res = check_set(r, &r->range_set, "ranges", "READ_RANGES_SET");
+    return res == ZLR_RES_OK ? check_set(r, &r->bound_set, "bounds", "READ_BOUNDS_SET") : res;
+}
+
 /* An integer column between markers of which BOUNDS says nothing is binary: that is how the files that rely on it mean
- * it, and how the other readers take them. Any bound in the file, a useless one included, makes the lower bound 0 and
- * the upper one infinite to begin with. */
-void mps_finish_bounds(mps_reader *r)
+ * it, and how the other readers take them, unless READ_MPS_INTEGER_BOUNDS says otherwise. Any bound in the file, a useless
+ * one included, makes the lower bound 0 and the upper one infinite to begin with. */
+int32_t mps_finish_bounds(mps_reader *r)
 {
     int64_t num = 0;
+    if (r->negative_upper_as == NEGATIVE_UPPER_ERROR) {
+        const int32_t res = refuse_negative_upper(r);
+        if (res != ZLR_RES_OK) return res;
+    }
+    if (param_int(r->io->params, IPAR_READ_MPS_INTEGER_BOUNDS) == INTEGER_BOUNDS_INFINITE) return ZLR_RES_OK;
     for (size_t j = 0; j < r->bound_given.size(); ++j) {
         if (r->m->var_type[j] != ZLR_VAR_INT || r->bound_given[j] != 0) continue;
         r->m->var_upper[j] = 1.0;
@@ -289,4 +326,5 @@ void mps_finish_bounds(mps_reader *r)
     if (num > 0)
         io_warning(r->io, 0, "%lld integer columns have no bounds in the file and are taken as binary",
                    static_cast<long long>(num));
+    return ZLR_RES_OK;
 }

@@ -1,4 +1,4 @@
-/* mps_write.cpp - writes a model as free MPS.
+/* mps_write.cpp - writes a model as MPS, free unless WRITE_MPS_LAYOUT asks for the fixed layout.
  *
  * The text is the same for the same model, keeps to the columns of the fixed format as long as names and numbers are
  * short, and is laid out so that the readers that are about take it alike:
@@ -7,14 +7,18 @@
  *   - a lower bound is written wherever an upper one below 0 would change it;
  *   - the objective constant is a negative right-hand side of the objective.
  * A row whose lower side lies above its upper one has no form in MPS: it is written as two rows. */
+#include "solver/io/adjust.h"
 #include "solver/io/mps_names.h"
+#include "solver/io/number.h"
 
-#include <charconv>
+#include <algorithm>
 #include <cmath>
 
 namespace
 {
 constexpr size_t pad_width = 8; /* of a name in the fixed format */
+constexpr size_t fixed_number_width = 12;
+constexpr double infinite_bound = 1e30; /* for a bound that is infinite and must be given */
 
 struct mps_writer {
     const io_context *io;
@@ -25,6 +29,14 @@ struct mps_writer {
     std::vector<int32_t> twin;           /* by row: number in twin_names, or -1; empty: no row is crossed */
     std::vector<std::string> twin_names; /* of the rows that hold the lower sides of crossed rows */
     std::string line;                    /* under construction */
+
+    /* By parameters. */
+    int32_t digits;
+    bool is_fixed;          /* fields keep to their columns */
+    bool keeps_sign_of_rhs; /* of the objective */
+    bool tells_integers_by_bounds;
+    int32_t quadratic;   /* MPS_QUADRATIC_... */
+    int64_t num_rounded; /* numbers that lost digits to the fixed layout */
 };
 
 /* ---- Lines --------------------------------------------------------------------------------------------------------- */
@@ -38,9 +50,14 @@ void line_name(mps_writer *w, std::string_view name)
 
 void line_value(mps_writer *w, double value)
 {
-    char text[40];
-    const std::to_chars_result result = std::to_chars(text, text + sizeof text, value);
-    w->line.append(text, static_cast<size_t>(result.ptr - text));
+    char text[number_room];
+    size_t length = number_write(text, value, w->digits);
+    if (w->is_fixed && length > fixed_number_width) {
+        ++w->num_rounded;
+        for (int32_t digits = fixed_number_width; length > fixed_number_width; --digits)
+            length = number_write(text, value, digits);
+    }
+    w->line.append(text, length);
 }
 
 void line_end(mps_writer *w)
@@ -166,11 +183,11 @@ void put_columns(mps_writer *w)
     sink_text(w->out, "COLUMNS\n");
     for (int32_t j = 0; j < w->m->num_var; ++j) {
         const bool is_integer = w->m->var_type[static_cast<size_t>(j)] == ZLR_VAR_INT;
-        if (is_integer != inside) put_marker(w, is_integer);
+        if (is_integer != inside && !w->tells_integers_by_bounds) put_marker(w, is_integer);
         inside = is_integer;
         put_column(w, j);
     }
-    if (inside) put_marker(w, false);
+    if (inside && !w->tells_integers_by_bounds) put_marker(w, false);
 }
 
 /* ---- Vectors ------------------------------------------------------------------------------------------------------- */
@@ -179,7 +196,7 @@ void put_rhs(mps_writer *w)
 {
     const model *m = w->m;
     sink_text(w->out, "RHS\n");
-    if (m->cfix != 0.0) put_entry(w, "RHS", w->objective, -m->cfix);
+    if (m->cfix != 0.0) put_entry(w, "RHS", w->objective, w->keeps_sign_of_rhs ? m->cfix : -m->cfix);
     for (int32_t i = 0; i < m->num_con; ++i) {
         const row_form form = form_of_row(m, i);
         if (form.type != 'N' && !is_plain_zero(form.rhs)) put_entry(w, "RHS", mps_name(&w->rows, i), form.rhs);
@@ -223,6 +240,20 @@ void put_bound(bound_writer *b, const char *type, int32_t j, const double *value
     line_end(w);
 }
 
+/* The types that make a column an integer one. A lower bound is always given, so that an upper one cannot change it. */
+void put_integer_bounds_of(bound_writer *b, int32_t j)
+{
+    const double lower = b->w->m->var_lower[static_cast<size_t>(j)];
+    const double upper = b->w->m->var_upper[static_cast<size_t>(j)];
+    if (is_plain_zero(lower) && upper == 1.0) {
+        put_bound(b, "BV", j, nullptr);
+        return;
+    }
+    const double least = lower == -model_inf ? -infinite_bound : lower;
+    put_bound(b, "LI", j, &least);
+    if (upper != model_inf) put_bound(b, "UI", j, &upper);
+}
+
 /* Lower bounds first: an upper one below 0 then finds the lower bound given. */
 void put_bounds_of(bound_writer *b, int32_t j)
 {
@@ -231,7 +262,9 @@ void put_bounds_of(bound_writer *b, int32_t j)
     const bool is_integer = b->w->m->var_type[static_cast<size_t>(j)] == ZLR_VAR_INT;
     const bool is_same = lower == upper && std::signbit(lower) == std::signbit(upper);
 
-    if (is_integer && is_plain_zero(lower) && upper == 1.0) {
+    if (is_integer && b->w->tells_integers_by_bounds) {
+        put_integer_bounds_of(b, j);
+    } else if (is_integer && is_plain_zero(lower) && upper == 1.0) {
         put_bound(b, "BV", j, nullptr);
     } else if (lower == -model_inf && upper == model_inf) {
         put_bound(b, "FR", j, nullptr);
@@ -251,38 +284,69 @@ void put_bounds_of(bound_writer *b, int32_t j)
 
 /* ---- Quadratic parts ----------------------------------------------------------------------------------------------- */
 
-void put_quadratic(mps_writer *w)
+void put_triangle(mps_writer *w, const std::vector<quad_term> &terms)
 {
-    const model *m = w->m;
-    if (!m->qobj.empty()) sink_text(w->out, "QUADOBJ\n");
-    for (const quad_term &t : m->qobj) put_entry(w, mps_name(&w->columns, t.j), mps_name(&w->columns, t.i), t.value);
+    for (const quad_term &t : terms) put_entry(w, mps_name(&w->columns, t.j), mps_name(&w->columns, t.i), t.value);
 }
 
-/* The section counts x'Qx without the half, and lists both triangles. */
-void put_qcmatrix(mps_writer *w, std::string_view row, const quad_row *q)
+void put_both_triangles(mps_writer *w, const std::vector<quad_term> &terms, double factor)
 {
-    w->line += "QCMATRIX  ";
+    for (const quad_term &t : terms) {
+        put_entry(w, mps_name(&w->columns, t.j), mps_name(&w->columns, t.i), factor * t.value);
+        if (t.i != t.j) put_entry(w, mps_name(&w->columns, t.i), mps_name(&w->columns, t.j), factor * t.value);
+    }
+}
+
+void put_heading(mps_writer *w, std::string_view section, std::string_view row)
+{
+    w->line += section;
+    w->line += "  ";
     w->line += row;
     line_end(w);
-    for (const quad_term &t : q->terms) {
-        put_entry(w, mps_name(&w->columns, t.j), mps_name(&w->columns, t.i), 0.5 * t.value);
-        if (t.i != t.j) put_entry(w, mps_name(&w->columns, t.i), mps_name(&w->columns, t.j), 0.5 * t.value);
+}
+
+void put_quadratic(mps_writer *w)
+{
+    const std::vector<quad_term> &terms = w->m->qobj;
+    if (terms.empty()) return;
+    if (w->quadratic == MPS_QUADRATIC_QMATRIX) {
+        sink_text(w->out, "QMATRIX\n");
+        put_both_triangles(w, terms, 1.0);
+    } else if (w->quadratic == MPS_QUADRATIC_QSECTION) {
+        put_heading(w, "QSECTION", w->objective);
+        put_triangle(w, terms);
+    } else {
+        sink_text(w->out, "QUADOBJ\n");
+        put_triangle(w, terms);
     }
+}
+
+/* QCMATRIX counts x'Qx without the half, and lists both triangles. */
+void put_quadratic_row(mps_writer *w, std::string_view row, const quad_row *q)
+{
+    const bool is_section = w->quadratic == MPS_QUADRATIC_QSECTION;
+    put_heading(w, is_section ? "QSECTION" : "QCMATRIX", row);
+    if (is_section)
+        put_triangle(w, q->terms);
+    else
+        put_both_triangles(w, q->terms, 0.5);
 }
 
 void put_quadratic_rows(mps_writer *w)
 {
     for (const quad_row &q : w->m->qcon) {
-        put_qcmatrix(w, mps_name(&w->rows, q.row), &q);
+        put_quadratic_row(w, mps_name(&w->rows, q.row), &q);
         const int32_t twin = twin_of(w, q.row);
-        if (twin >= 0) put_qcmatrix(w, w->twin_names[static_cast<size_t>(twin)], &q);
+        if (twin >= 0) put_quadratic_row(w, w->twin_names[static_cast<size_t>(twin)], &q);
     }
 }
 
 void make_names(mps_writer *w)
 {
     const model *m = w->m;
-    const bool has_name = mps_name_holds(m->obj_name);
+    const size_t longest = w->is_fixed ? mps_longest_fixed_name : mps_longest_name;
+    const bool has_name = mps_name_holds(m->obj_name, longest);
+    w->rows.longest = w->columns.longest = longest;
     mps_names_make(&w->rows, &m->con_names, m->num_con, 'c',
                    has_name ? std::string_view(m->obj_name) : std::string_view());
     mps_names_make(&w->columns, &m->var_names, m->num_var, 'x', {});
@@ -296,12 +360,33 @@ void make_names(mps_writer *w)
 
 void put_head(mps_writer *w)
 {
+    for (const std::string &line : adjust_comment(w->io)) sink_text(w->out, "* " + line + "\n");
     std::string name = w->m->name;
     for (char &c : name)
         if (static_cast<unsigned char>(c) < ' ') c = ' ';
     sink_text(w->out, name.empty() ? "NAME" : "NAME          ");
     sink_text(w->out, name);
     sink_text(w->out, w->m->sense == ZLR_SENSE_MAX ? "\nOBJSENSE\n    MAX\n" : "\n");
+}
+void take_params(mps_writer *w, const param_set *params)
+{
+    if (params == nullptr) return;
+    w->digits = param_int(params, IPAR_WRITE_DIGITS);
+    w->is_fixed = param_int(params, IPAR_WRITE_MPS_LAYOUT) == MPS_LAYOUT_FIXED;
+    w->keeps_sign_of_rhs = param_int(params, IPAR_WRITE_MPS_OBJECTIVE_RHS) == OBJECTIVE_RHS_KEEP;
+    w->tells_integers_by_bounds = param_int(params, IPAR_WRITE_MPS_INTEGERS) == MPS_INTEGERS_BOUNDS;
+    w->quadratic = param_int(params, IPAR_WRITE_MPS_QUADRATIC);
+}
+
+/* Columns of the fixed layout hold 9999999 numbered names. */
+int32_t check_size(const mps_writer *w)
+{
+    constexpr int32_t most = 9999999;
+    const int32_t num = std::max(w->m->num_con, w->m->num_var);
+    if (!w->is_fixed || num <= most) return ZLR_RES_OK;
+    return io_error(w->io, ZLR_RES_ERR_WRITE_FORMAT, 0,
+                    "the fixed layout (WRITE_MPS_LAYOUT) has names for %d rows or columns, and there are %d", most,
+                    num);
 }
 }  // namespace
 
@@ -311,6 +396,9 @@ int32_t mps_write(const io_context *io, byte_sink *out, const model *m)
     w.io = io;
     w.out = out;
     w.m = m;
+    take_params(&w, io->params);
+    const int32_t res = check_size(&w);
+    if (res != ZLR_RES_OK) return res;
     make_names(&w);
 
     put_head(&w);
@@ -322,5 +410,8 @@ int32_t mps_write(const io_context *io, byte_sink *out, const model *m)
     for (int32_t j = 0; j < m->num_var; ++j) put_bounds_of(&bounds, j);
     put_quadratic(&w);
     put_quadratic_rows(&w);
+    if (w.num_rounded > 0)
+        io_warning(io, 0, "numbers rounded to the 12 characters that the fixed layout has for them: %lld",
+                   static_cast<long long>(w.num_rounded));
     return sink_text(out, "ENDATA\n");
 }

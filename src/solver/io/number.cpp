@@ -156,3 +156,11 @@ bool number_parse(std::string_view token, double *value)
     *value = negative ? -v : v;
     return true;
 }
+
+size_t number_write(char (&text)[number_room], double value, int32_t digits)
+{
+    const std::to_chars_result result =
+        digits > 0 ? std::to_chars(text, text + number_room, value, std::chars_format::general, digits)
+                   : std::to_chars(text, text + number_room, value);
+    return static_cast<size_t>(result.ptr - text);
+}

@@ -1,11 +1,11 @@
 /* solution_write.cpp - writes the format of solution_file.h. */
 #include "solver/io/solution_file.h"
 
+#include "solver/io/number.h"
 #include "solver/report/words.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cmath>
 #include <cstring>
 
@@ -14,11 +14,14 @@ static constexpr size_t widest_name = 20;
 static constexpr size_t number_column = 13;
 
 struct solution_writer {
-    const io_context *io;
-    byte_sink *out;
-    const model *m;
-    const solution *sol;
-    int32_t kind;
+    const io_context *io = nullptr;
+    byte_sink *out = nullptr;
+    const model *m = nullptr;
+    const solution *sol = nullptr;
+    int32_t kind = ZLR_SOL_BAS;
+    int32_t digits = 0; /* parameters WRITE_... */
+    int32_t parts = SOLUTION_PARTS_ALL;
+    double zero_tol = 0.0;
     std::string line;
 };
 
@@ -51,13 +54,12 @@ static void append_name(std::string *line, std::string_view name)
     *line += '"';
 }
 
-static void append_number(std::string *line, double value)
+static void append_number(solution_writer *w, double value)
 {
-    char text[32];
-    const auto end = std::to_chars(text, text + sizeof text, value);
-    const size_t length = static_cast<size_t>(end.ptr - text);
-    line->append(length + 1 < number_column ? number_column - length : 1, ' ');
-    line->append(text, length);
+    char text[number_room];
+    const size_t length = number_write(text, value, w->digits);
+    w->line.append(length + 1 < number_column ? number_column - length : 1, ' ');
+    w->line.append(text, length);
 }
 
 static void put_line(solution_writer *w)
@@ -76,13 +78,12 @@ static void put_header_line(solution_writer *w, const char *keyword, std::string
 
 static void put_objective(solution_writer *w, const char *keyword, double value)
 {
-    std::string text;
-    if (std::isnan(value))
-        text = "none";
-    else
-        text = param_double_text(value);
-    put_header_line(w, keyword, text);
+    char text[number_room];
+    put_header_line(w, keyword,
+                    std::isnan(value) ? "none" : std::string_view(text, number_write(text, value, w->digits)));
 }
+
+static bool holds_duals(const solution_writer *w) { return w->kind != ZLR_SOL_ITG && w->parts == SOLUTION_PARTS_ALL; }
 
 static void put_header(solution_writer *w)
 {
@@ -102,8 +103,10 @@ static void put_header(solution_writer *w)
     put_header_line(w, "solution_status", solsta != nullptr ? solsta : "UNKNOWN");
     put_objective(w, "primal_objective", sol->primal_obj);
     put_objective(w, "dual_objective", sol->dual_obj);
-    const std::string parts = std::string(sol->has_keys ? " keys" : "") + (sol->has_primal ? " primal" : "") +
-                              (sol->has_dual && w->kind != ZLR_SOL_ITG ? " dual" : "");
+    /* Without the keys of the rows those of the columns are no basis. */
+    const bool has_keys = sol->has_keys && (w->parts != SOLUTION_PARTS_COLUMNS || w->m->num_con == 0);
+    const std::string parts = std::string(has_keys ? " keys" : "") + (sol->has_primal ? " primal" : "") +
+                              (sol->has_dual && holds_duals(w) ? " dual" : "");
     put_header_line(w, "holds", parts.empty() ? "nothing" : parts.substr(1));
     put_line(w);
 }
@@ -131,10 +134,10 @@ static bool compose_line(solution_writer *w, solution_item item, int32_t i,
     for (const solution_field *field : fields) {
         const double value = (sol->*(field->values[item]))[at];
         finite = finite && std::isfinite(value);
-        append_number(&w->line, value);
+        append_number(w, std::fabs(value) < w->zero_tol ? 0.0 : value);
         if (field->part != FIELD_PRIMAL) continue;
-        append_number(&w->line, (rows ? m->con_lower : m->var_lower)[at]);
-        append_number(&w->line, (rows ? m->con_upper : m->var_upper)[at]);
+        append_number(w, (rows ? m->con_lower : m->var_lower)[at]);
+        append_number(w, (rows ? m->con_upper : m->var_upper)[at]);
     }
     return finite;
 }
@@ -146,7 +149,7 @@ static int32_t put_section(solution_writer *w, solution_item item)
     w->line = rows ? "[rows] name key" : "[columns] name key";
     for (const solution_field &field : solution_fields) {
         if (field.values[item] == nullptr || !solution_field_stands(&field, item, w->m)) continue;
-        if (field.part == FIELD_DUAL && w->kind == ZLR_SOL_ITG) continue;
+        if (field.part == FIELD_DUAL && !holds_duals(w)) continue;
         fields.push_back(&field);
         w->line += std::string(" ") + field.name + (field.part == FIELD_PRIMAL ? " lower upper" : "");
     }
@@ -172,7 +175,7 @@ static void put_cones(solution_writer *w)
     for (size_t k = 0; k < cones.size(); k++) {
         begin_line(w, solution_cone_prefix + std::to_string(k + 1), w->sol->skn[k]);
         w->line += text_format(" %12s", words_cone_type(cones[k].type));
-        append_number(&w->line, static_cast<double>(cones[k].member.size()));
+        append_number(w, static_cast<double>(cones[k].member.size()));
         put_line(w);
     }
     put_line(w);
@@ -181,7 +184,7 @@ static void put_cones(solution_writer *w)
 static int32_t put_all(solution_writer *w)
 {
     put_header(w);
-    int32_t res = put_section(w, ITEM_ROW);
+    int32_t res = w->parts == SOLUTION_PARTS_COLUMNS ? ZLR_RES_OK : put_section(w, ITEM_ROW);
     if (res == ZLR_RES_OK) res = put_section(w, ITEM_COLUMN);
     if (res == ZLR_RES_OK) put_cones(w);
     if (res == ZLR_RES_OK) sink_text(w->out, "[end]\n");
@@ -192,11 +195,19 @@ int32_t solution_file_write(const io_context *io, const model *m, const solution
 {
     byte_sink *out = nullptr;
     errno = 0;
-    int32_t open = sink_open(io->sys, &out, io->file, io_sync(io));
+    int32_t open = sink_open(io->sys, &out, io->file, io_sink_options(io));
     if (open != ZLR_RES_OK)
         return io_error(io, open, 0, "the solution file cannot be opened: %s", std::strerror(errno));
 
-    solution_writer w = {io, out, m, sol, kind, {}};
+    solution_writer w;
+    w.io = io;
+    w.out = out;
+    w.m = m;
+    w.sol = sol;
+    w.kind = kind;
+    w.digits = io_digits(io);
+    w.parts = param_int(io->params, IPAR_WRITE_SOLUTION_PARTS);
+    w.zero_tol = param_dou(io->params, DPAR_WRITE_SOLUTION_ZERO_TOL);
     int32_t composed;
     try {
         composed = put_all(&w);

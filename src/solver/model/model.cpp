@@ -184,18 +184,25 @@ void quad_add_product(const std::vector<quad_term> &terms, const double *x, doub
 }
 
 /* By the lower triangle: an entry off the diagonal stands for itself and its mirror image. */
+void quad_add_value(const std::vector<quad_term> &terms, const double *x, double factor, exact_sum *sum)
+{
+    for (const quad_term &t : terms) sum->add_product((t.i == t.j ? 0.5 : 1.0) * t.value, factor * x[t.i], x[t.j]);
+}
+
 double quad_value(const std::vector<quad_term> &terms, const double *x)
 {
-    double sum = 0.0;
-    for (const quad_term &t : terms) sum += (t.i == t.j ? 0.5 : 1.0) * t.value * x[t.i] * x[t.j];
-    return sum;
+    exact_sum sum;
+    quad_add_value(terms, x, 1.0, &sum);
+    return sum.value();
 }
 
 double model_objective(const model *m, const double *x)
 {
-    double sum = m->cfix;
-    for (int32_t j = 0; j < m->num_var; ++j) sum += m->c[static_cast<size_t>(j)] * x[j];
-    return sum + quad_value(m->qobj, x);
+    exact_sum sum;
+    sum.add(m->cfix);
+    for (int32_t j = 0; j < m->num_var; ++j) sum.add_product(m->c[static_cast<size_t>(j)], x[j]);
+    quad_add_value(m->qobj, x, 1.0, &sum);
+    return sum.value();
 }
 
 void model_activity(const model *m, const double *x, double *activity)

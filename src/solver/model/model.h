@@ -16,6 +16,7 @@
  * copied before it is changed while others hold it (task_edit in task.h). */
 #pragma once
 
+#include "solver/model/exact_sum.h"
 #include "solver/model/names.h"
 #include "zelor.h"
 
@@ -106,9 +107,10 @@ int32_t bounds_to_key(double lower, double upper);
 /* Adds `factor` times Qx, by the lower triangle of Q, to `out`. */
 void quad_add_product(const std::vector<quad_term> &terms, const double *x, double factor, double *out);
 
-/* x'Qx/2. */
+/* x'Qx/2; the other adds `factor` times that to a sum, exactly where the factor is 1 or -1. */
+void quad_add_value(const std::vector<quad_term> &terms, const double *x, double factor, exact_sum *sum);
 double quad_value(const std::vector<quad_term> &terms, const double *x);
 
-/* Objective value and row activities at x. `activity` has num_con entries and may be null. */
+/* Objective value, exact but for the rounding of the result, and row activities at x. `activity` has num_con entries and may be null. */
 double model_objective(const model *m, const double *x);
 void model_activity(const model *m, const double *x, double *activity);

@@ -159,6 +159,7 @@ static std::string file_text(const param_set *set, const io_context *io)
     std::string changed = "# Parameters: NAME value, one a line; # begins a comment.\n\n";
     std::string defaults = "\n# At their defaults:\n";
     for (const param_row *row = table; row != table + num; row++) {
+        if (param_is_reserved(row)) continue;
         if (param_is_default(set, row))
             defaults += "# " + line_of(set, row) + "\n";
         else if (has_form(set, row, io))
@@ -173,7 +174,7 @@ int32_t param_write_file(const param_set *set, sysenv *sys, const char *filename
     if (filename[0] == '\0')
         return io_error(&io, ZLR_RES_ERR_FILE_OPEN, 0, "no name is given for the parameter file (PARAM_WRITE_FILE)");
     errno = 0;
-    const int32_t res = sink_whole_file(sys, filename, io_sync(&io), file_text(set, &io));
+    const int32_t res = sink_whole_file(sys, filename, io_sink_options(&io), file_text(set, &io));
     if (res == ZLR_RES_OK) return res;
     return io_error(&io, res, 0, "the parameter file cannot be written%s%s", errno != 0 ? ": " : "",
                     errno != 0 ? std::strerror(errno) : "");

@@ -13,14 +13,22 @@ struct param_group {
 
 static const param_group groups[] = {
     {nullptr, "General"},
+    {"RACE_ START_ CHECK_", "Races, starts and checks"},
+    {"ENGINE_", "HiGHS, all methods"},
     {"PRESOLVE_", "Presolve"},
     {"SIMPLEX_", "Simplex"},
     {"IPM_", "Interior point"},
     {"PDLP_", "First-order method"},
+    {"QP_ NONCONVEX", "Quadratic problems"},
+    {"CONIC_", "Cones"},
     {"MIP_", "Integer problems"},
     {"DATA_TOL_ BOUND_ READ_ WRITE_", "Data and problem files"},
-    {"ANALYZE_ SENSITIVITY_", "Analyses"},
+    {"ANALYZE_", "Analyses of problem and solution"},
+    {"SENSITIVITY_", "Sensitivity"},
+    {"REPAIR_", "Primal repair"},
     {"DATA_FILE BAS_ ITR_ INT_ PARAM_ RESULT_ LOG_ STAT_ REPORT_", "Files, logs and reports"},
+    {"AMPL_", "AMPL front end"},
+    {"RESERVED_", "Reserved"},
 };
 
 static bool begins_with_one_of(const char *name, const char *words)
@@ -92,7 +100,7 @@ static void append_row(std::string *page, const param_set *set, const param_set 
     if (row->unit[0] != '\0') *page += std::string(" ") + row->unit;
     *page += '\n';
     append_wrapped(page, std::string(row->text) + ".", 6);
-    if (row->param_class != ZLR_PAR_STR)
+    if (row->param_class != ZLR_PAR_STR && !param_is_reserved(row))
         append_wrapped(page, "Default " + shown_value(at_default, row) + "; " + param_allowed_text(row) + ".", 6);
 }
 
@@ -119,9 +127,10 @@ static std::string reference_row(const param_set *at_default, const param_row *r
 {
     std::string line = std::string("| `") + row->name + "` | " + class_name(row->param_class) + " " +
                        std::to_string(row->number) + " | ";
-    if (row->param_class != ZLR_PAR_STR) line += "`" + param_value_text(at_default, row) + "`";
-    line += " | " + param_allowed_text(row) + (row->unit[0] != '\0' ? std::string(", ") + row->unit : "") + " | " +
-            row->text + ". |";
+    const bool is_reserved = param_is_reserved(row);
+    if (row->param_class != ZLR_PAR_STR && !is_reserved) line += "`" + param_value_text(at_default, row) + "`";
+    line += " | " + (is_reserved ? "none" : param_allowed_text(row)) +
+            (row->unit[0] != '\0' ? std::string(", ") + row->unit : "") + " | " + row->text + ". |";
     line += row->engine_option != nullptr ? std::string(" `") + row->engine_option + "` |\n" : " |\n";
     return line;
 }

@@ -145,7 +145,7 @@ const char *param_nearest(const char *name)
     const char *nearest = nullptr;
     size_t best = SIZE_MAX;
     for (int32_t i = 0; i < num; i++)
-        if (nearer(typed, table[i].name, &best)) nearest = table[i].name;
+        if (!param_is_reserved(&table[i]) && nearer(typed, table[i].name, &best)) nearest = table[i].name;
     return nearest;
 }
 
@@ -181,9 +181,16 @@ static int32_t bad_value(const param_row *row, std::string_view value, std::stri
     return ZLR_RES_ERR_PARAM_VALUE;
 }
 
+static int32_t refuse_reserved(const param_row *row, std::string *message)
+{
+    *message = std::string(row->name) + " is reserved for an engine that is still to come and cannot be set";
+    return ZLR_RES_ERR_PARAM_NAME;
+}
+
 static int32_t set_double(param_set *set, const param_row *row, double value, std::string_view text,
                           std::string *message)
 {
+    if (param_is_reserved(row)) return refuse_reserved(row, message);
     if (!(value >= row->min && value <= row->max)) return bad_value(row, text, message); /* NaN as well */
     set->dou[static_cast<size_t>(row->number)] = value;
     return ZLR_RES_OK;
@@ -191,6 +198,7 @@ static int32_t set_double(param_set *set, const param_row *row, double value, st
 
 static int32_t set_int(param_set *set, const param_row *row, int32_t value, std::string_view text, std::string *message)
 {
+    if (param_is_reserved(row)) return refuse_reserved(row, message);
     if (value < row->min || value > row->max) return bad_value(row, text, message);
     if (row->words != nullptr && word_of_value(row, value).empty()) return bad_value(row, text, message);
     set->integer[static_cast<size_t>(row->number)] = value;
@@ -214,6 +222,7 @@ int32_t param_set_text(param_set *set, const char *name, const char *value, std:
         if (near != nullptr) *message += std::string(" (did you mean ") + near + "?)";
         return ZLR_RES_ERR_PARAM_NAME;
     }
+    if (param_is_reserved(row)) return refuse_reserved(row, message);
     double number = 0.0;
     switch (row->param_class) {
     case ZLR_PAR_DOUBLE:
@@ -262,6 +271,8 @@ int32_t param_put_str(param_set *set, int32_t number, const char *value, stream_
 {
     const param_row *row = param_find(ZLR_PAR_STR, number);
     if (row == nullptr) return no_such_number("string", number, out);
+    std::string message;
+    if (param_is_reserved(row)) return tell(refuse_reserved(row, &message), message, out);
     set->str[static_cast<size_t>(number)] = value;
     return ZLR_RES_OK;
 }

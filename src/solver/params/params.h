@@ -42,6 +42,9 @@ struct param_set {
 /* All rows, sorted by class, then number. */
 const param_row *param_table(int32_t *num);
 
+/* Whether a row only holds its number: setting it is refused, and files leave it out. */
+bool param_is_reserved(const param_row *row);
+
 /* A row by class and number, or by name (no regard to case); null if there is none. */
 const param_row *param_find(int32_t param_class, int32_t number);
 const param_row *param_find_name(const char *name);

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <string>
 
 inline double clock_now_s()
 {
@@ -15,3 +16,6 @@ inline int64_t clock_unix_ms()
     return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::system_clock::now().time_since_epoch())
         .count();
 }
+
+/* A time of day, in milliseconds since 1970, as ISO 8601 has it: "2026-03-01T12:00:00.250Z". */
+std::string clock_text(int64_t unix_ms);

@@ -129,7 +129,6 @@ void html_numbers(std::string *page, const ZLR_task *task)
 
 /* ---- The matrix ---- */
 
-static constexpr int32_t grid_most = 160;   /* cells of the picture in each direction: bounds the size of the page */
 static constexpr int64_t titled_most = 250; /* nonzeros that are drawn one by one, with their names as titles */
 static constexpr int32_t num_shades = 4;
 static constexpr double picture_width = 640.0, picture_height = 520.0, cell_most = 20.0;
@@ -299,7 +298,8 @@ void html_matrix(std::string *page, const ZLR_task *task)
         html_end(page);
         return;
     }
-    const matrix_bins bins = matrix_bins_of(m, grid_most, grid_most);
+    const int32_t cells = param_int(&task->params, IPAR_REPORT_MATRIX_CELLS); /* bounds the size of the page */
+    const matrix_bins bins = matrix_bins_of(m, cells, cells);
     const shaded_grid grid = shade_cells(m, &bins);
     append_picture(page, m, &bins, &grid);
     append_legend(page, m, &bins, &grid);

@@ -3,20 +3,25 @@
  * nothing is told by colour alone. */
 #include "solver/report/html_style.h"
 
-const char html_style[] = R"css(
+#include "solver/params/params.h"
+
+static constexpr char light_colours[] = R"css(
 :root {
-  color-scheme: light dark;
   --paper: #ffffff; --panel: #f4f6f9; --ink: #17212e; --soft: #55616f; --line: #d3dae3; --link: #0a558f;
   --first: #0a66b0; --second: #b94700; --good: #0b6a45; --part: #7d5400; --bad: #a61b1b;
   --shade1: #b9d3ea; --shade2: #77a9d4; --shade3: #3579b5; --shade4: #0b4a80;
 }
-@media screen and (prefers-color-scheme: dark) {
+)css";
+
+static constexpr char dark_colours[] = R"css(
   :root {
     --paper: #12171e; --panel: #1b222c; --ink: #e4e9ef; --soft: #a3afbc; --line: #35404e; --link: #7fbdf2;
     --first: #62b2ee; --second: #f0a04b; --good: #62cf9e; --part: #e5bb5a; --bad: #f58d85;
     --shade1: #24435f; --shade2: #33699a; --shade3: #5499d2; --shade4: #a5d5fb;
   }
-}
+)css";
+
+static constexpr char rules[] = R"css(
 * { box-sizing: border-box; }
 body {
   margin: 0 auto; padding: 1.5rem clamp(0.8rem, 3vw, 2.5rem) 3rem; max-width: 72rem; background: var(--paper);
@@ -133,3 +138,17 @@ footer {
   details:not([open]) { display: none; }
 }
 )css";
+
+static std::string dark_for(const char *media) { return std::string("@media ") + media + " {" + dark_colours + "}\n"; }
+
+std::string html_style(int32_t theme)
+{
+    switch (theme) {
+    case REPORT_THEME_LIGHT: return std::string("\n:root { color-scheme: light; }") + light_colours + rules;
+    case REPORT_THEME_DARK:
+        return std::string("\n:root { color-scheme: dark; }") + light_colours + dark_for("screen") + rules;
+    default:
+        return std::string("\n:root { color-scheme: light dark; }") + light_colours +
+               dark_for("screen and (prefers-color-scheme: dark)") + rules;
+    }
+}

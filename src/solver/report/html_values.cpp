@@ -9,8 +9,6 @@
 #include <algorithm>
 #include <cmath>
 
-static constexpr size_t num_listed = 10;
-
 /* ---- Quality ---- */
 
 static void append_violation(std::string *page, const char *what, double size, const std::string &where)
@@ -61,8 +59,8 @@ void html_quality(std::string *page, const ZLR_task *task)
 
 /* ---- Values ---- */
 
-/* The numbers of the largest sizes above 0, largest first; of equal ones the first. */
-static std::vector<int32_t> largest_of(int32_t num, const std::vector<double> &sizes)
+/* The numbers of the `num_listed` largest sizes above 0, largest first; of equal ones the first. */
+static std::vector<int32_t> largest_of(int32_t num, const std::vector<double> &sizes, size_t num_listed)
 {
     std::vector<int32_t> best; /* kept sorted: it is short, and hardly ever changes after the first part */
     const auto before = [&sizes](int32_t a, int32_t b) {
@@ -90,13 +88,13 @@ static std::string limits_cell(double lower, double upper)
 }
 
 /* Columns by their share in the objective, or the entries of a ray. */
-static bool append_columns(std::string *page, const model *m, const solution *sol)
+static bool append_columns(std::string *page, const model *m, const solution *sol, size_t num_listed)
 {
     const bool is_ray = solution_is_primal_ray(sol);
     if (!is_ray && (!sol->has_primal || solution_is_dual_ray(sol))) return false;
     std::vector<double> sizes(sol->xx.size());
     for (size_t j = 0; j < sizes.size(); j++) sizes[j] = std::fabs(is_ray ? sol->xx[j] : m->c[j] * sol->xx[j]);
-    const std::vector<int32_t> listed = largest_of(m->num_var, sizes);
+    const std::vector<int32_t> listed = largest_of(m->num_var, sizes, num_listed);
     if (listed.empty()) return false;
     html_table_begin(page, is_ray ? "Columns that move most along the ray" : "Columns that weigh most in the objective",
                      {"Column", is_ray ? "Movement" : "Value", "Bounds", "Key", "Cost", "Cost \xC3\x97 value"}, 1);
@@ -139,13 +137,13 @@ static void append_prices(std::string *page, const model *m, const solution *sol
     html_table_end(page);
 }
 
-static bool append_rows(std::string *page, const model *m, const solution *sol, int32_t kind)
+static bool append_rows(std::string *page, const model *m, const solution *sol, int32_t kind, size_t num_listed)
 {
     const bool is_proof = solution_is_dual_ray(sol);
     if (kind == ZLR_SOL_ITG || (!is_proof && (!sol->has_dual || solution_is_primal_ray(sol)))) return false;
     std::vector<double> sizes(sol->y.size());
     for (size_t i = 0; i < sizes.size(); i++) sizes[i] = std::fabs(sol->y[i]);
-    const std::vector<int32_t> listed = largest_of(m->num_con, sizes);
+    const std::vector<int32_t> listed = largest_of(m->num_con, sizes, num_listed);
     if (listed.empty()) return false;
     if (is_proof)
         append_proof(page, m, sol, listed);
@@ -157,10 +155,11 @@ static bool append_rows(std::string *page, const model *m, const solution *sol, 
 void html_values(std::string *page, const ZLR_task *task)
 {
     const int32_t kind = reported_kind(task);
+    const auto num_listed = static_cast<size_t>(param_int(&task->params, IPAR_REPORT_LISTED));
     html_begin(page, "values", "Values that matter most");
     *page += "<div class=\"tables\">\n";
-    const bool columns = kind >= 0 && append_columns(page, task->problem.get(), &task->sol[kind]);
-    const bool rows = kind >= 0 && append_rows(page, task->problem.get(), &task->sol[kind], kind);
+    const bool columns = kind >= 0 && append_columns(page, task->problem.get(), &task->sol[kind], num_listed);
+    const bool rows = kind >= 0 && append_rows(page, task->problem.get(), &task->sol[kind], kind, num_listed);
     *page += "</div>\n";
     if (!columns && !rows) html_paragraph(page, "", "There are no values other than 0 to show.");
     html_end(page);

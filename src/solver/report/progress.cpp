@@ -5,14 +5,19 @@
 #include <cmath>
 #include <cstring>
 
-static constexpr int32_t lines_at_once = 20;
-
 void progress_begin(progress_table *table, const param_set *params, stream_set *out)
 {
     *table = progress_table{};
     table->out = out;
-    table->is_on = param_int(params, IPAR_LOG_LEVEL) > 0 && streams_linked(out, ZLR_STREAM_MSG);
+    const bool is_heard = param_int(params, IPAR_LOG_LEVEL) > 0 && streams_linked(out, ZLR_STREAM_MSG);
+    const int32_t detail = param_int(params, IPAR_LOG_PROGRESS);
+    table->is_on = is_heard && detail == LOG_PROGRESS_ALL;
+    table->tells_notes = is_heard && detail != LOG_PROGRESS_OFF;
     table->interval_s = param_dou(params, DPAR_LOG_INTERVAL);
+    table->delay_s = param_dou(params, DPAR_LOG_DELAY);
+    table->first_lines = param_int(params, IPAR_LOG_FIRST_LINES);
+    table->header_every = param_int(params, IPAR_LOG_HEADER_EVERY);
+    table->shows_incumbents = param_int(params, IPAR_LOG_INCUMBENTS) != 0;
 }
 
 static bool is_same(const progress_line *a, const progress_line *b)
@@ -77,21 +82,33 @@ static void print_line(const progress_table *table, const progress_line *line)
                        number(line->dual_infeas >= 0.0, "%.1e", line->dual_infeas).text, time_of(line->time_s).text);
 }
 
+static bool is_due(const progress_table *table, const progress_line *line)
+{
+    const bool has_waited = table->num_lines > 0 ? line->time_s - table->last_s >= table->interval_s : true;
+    const bool is_incumbent =
+        line->is_integer && line->has_primal && (!table->last.has_primal || line->primal_obj != table->last.primal_obj);
+    return has_waited || table->num_lines < table->first_lines || (table->shows_incumbents && is_incumbent);
+}
+
 void progress_show(progress_table *table, const progress_line *line, bool force)
 {
-    if (!table->is_on) return;
+    if (!table->is_on || line->time_s < table->delay_s) return;
     const bool is_first = table->num_lines == 0;
     if (!is_first && is_same(line, &table->last)) return;
-    const bool is_due = table->num_lines < lines_at_once || line->time_s - table->last_s >= table->interval_s;
-    if (!is_due && !force) return;
-    if (is_first || line->is_integer != table->last.is_integer) print_header(table, line->is_integer);
+    if (!force && !is_due(table, line)) return;
+    const bool is_far = table->header_every > 0 && table->num_since_header >= table->header_every;
+    if (is_first || is_far || line->is_integer != table->last.is_integer) {
+        print_header(table, line->is_integer);
+        table->num_since_header = 0;
+    }
     print_line(table, line);
     table->num_lines++;
+    table->num_since_header++;
     table->last = *line;
     table->last_s = line->time_s;
 }
 
 void progress_note(progress_table *table, const char *text)
 {
-    if (table->is_on) streams_printf(table->out, ZLR_STREAM_MSG, "%s\n", text);
+    if (table->tells_notes) streams_printf(table->out, ZLR_STREAM_MSG, "%s\n", text);
 }

@@ -2,7 +2,8 @@
  *
  * A line shows the method, its iteration (branch and cut: node), the primal and dual objective (incumbent and bound), the
  * infeasibilities or the gap, and the time; what is not known is a dash. A line is printed when something has changed,
- * the first twenty as they come, later ones not before the log interval has passed. 80 columns. */
+ * the first ones as they come, later ones not before the log interval has passed. 80 columns. The parameters LOG_PROGRESS
+ * to LOG_INCUMBENTS, LOG_INTERVAL and LOG_DELAY say how many lines there are. */
 #pragma once
 
 #include "solver/params/params.h"
@@ -23,9 +24,12 @@ struct progress_line {
 
 struct progress_table {
     stream_set *out = nullptr;
-    bool is_on = false;
-    double interval_s = 0.5;
-    int32_t num_lines = 0;
+    bool is_on = false, tells_notes = false;
+    bool shows_incumbents = false; /* each one, whatever the interval */
+    double interval_s = 0.5, delay_s = 0.0;
+    int32_t first_lines = 20;
+    int32_t header_every = 0; /* lines between two headings; 0: there is one */
+    int32_t num_lines = 0, num_since_header = 0;
     double last_s = 0.0;
     progress_line last;
 };

@@ -4,6 +4,7 @@
 #include "solver/codes/codes.h"
 #include "solver/codes/version.h"
 #include "solver/report/reported.h"
+#include "solver/report/word_list.h"
 #include "solver/report/words.h"
 
 #include <cctype>
@@ -86,4 +87,22 @@ void result_put_run(json *result, const ZLR_task *task, int32_t return_code)
     (*result)["time"] = {{"read", result_read_time(task)}, {"solve", run->time_solve_s}, {"total", run->time_total_s}};
     (*result)["return_code"] = return_code;
     (*result)["return_code_name"] = code != nullptr ? json(code->symbol) : json(nullptr);
+}
+
+/* ---- Which fields ---- */
+
+void result_keep_fields(json *result, const char *list)
+{
+    if (word_list_split(list).empty()) return;
+    json kept;
+    for (auto &[name, value] : result->items())
+        if (name == "schema" || word_list_wants(list, name)) kept[name] = std::move(value);
+    *result = std::move(kept);
+}
+
+void result_check_fields(const json &result, const char *list, const char *param, stream_set *out)
+{
+    std::vector<std::string_view> known;
+    for (auto field = result.begin(); field != result.end(); ++field) known.push_back(field.key());
+    word_list_check(list, known, param, out);
 }

@@ -24,5 +24,11 @@ void result_put_problem(json *result, const ZLR_task *task);
 void result_put_answer(json *result, const ZLR_task *task, int32_t kind);
 void result_put_run(json *result, const ZLR_task *task, int32_t return_code);
 
+/* Leaves the fields that a parameter lists, and the schema; all where it lists none. */
+void result_keep_fields(json *result, const char *list);
+
+/* Warns of fields in the list that there are not. */
+void result_check_fields(const json &result, const char *list, const char *param, stream_set *out);
+
 /* Seconds that reading took, null for a problem that was not read. */
 json result_read_time(const ZLR_task *task);

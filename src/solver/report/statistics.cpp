@@ -2,29 +2,15 @@
 #include "solver/report/statistics.h"
 
 #include "solver/io/io.h"
+#include "solver/report/clock.h"
 #include "solver/report/reported.h"
 #include "solver/report/result_values.h"
 #include "solver/report/words.h"
 
 #include <cerrno>
-#include <chrono>
 #include <cstring>
 
 /* ---- The line ---- */
-
-/* ISO 8601 with milliseconds, UTC. */
-static std::string time_text(int64_t unix_ms)
-{
-    using namespace std::chrono;
-    const sys_time<milliseconds> when{milliseconds(unix_ms)};
-    const sys_days day = floor<days>(when);
-    const year_month_day date(day);
-    const hh_mm_ss<milliseconds> time(when - day);
-    return text_format("%04d-%02u-%02uT%02d:%02d:%02d.%03dZ", static_cast<int>(date.year()),
-                       static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-                       static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
-                       static_cast<int>(time.seconds().count()), static_cast<int>(time.subseconds().count()));
-}
 
 static json times(const ZLR_task *task)
 {
@@ -55,11 +41,11 @@ static json changed_params(const param_set *params)
     return changed;
 }
 
-std::string statistics_line(const ZLR_task *task)
+static json line_of(const ZLR_task *task)
 {
     json line;
     line["schema"] = statistics_schema;
-    line["when"] = time_text(task->run.ended_ms);
+    line["when"] = clock_text(task->run.ended_ms);
     line["version"] = result_version();
     result_put_problem(&line, task);
     line["problem_type"] = result_word(words_problem_type(model_problem_type(task->problem.get())));
@@ -67,6 +53,13 @@ std::string statistics_line(const ZLR_task *task)
     result_put_run(&line, task, task->run.return_code);
     line["time"] = times(task);
     line["parameters"] = changed_params(&task->params);
+    return line;
+}
+
+std::string statistics_line(const ZLR_task *task)
+{
+    json line = line_of(task);
+    result_keep_fields(&line, param_str(&task->params, SPAR_STAT_FIELDS));
     /* Names may hold any bytes; JSON may not. */
     return line.dump(-1, ' ', false, json::error_handler_t::replace) + "\n";
 }
@@ -77,7 +70,7 @@ static int32_t append_to_file(ZLR_task *task, const std::string &text)
 {
     const io_context io = {param_str(&task->params, SPAR_STAT_FILE), &task->params, &task->streams, task->env->sys};
     errno = 0;
-    const int32_t res = file_append(io.sys, io.file, io_sync(&io), text);
+    const int32_t res = file_append(io.sys, io.file, io_sink_options_replacing(&io), text);
     if (res == ZLR_RES_OK) return res;
     return io_error(&io, res, 0, "statistics cannot be appended%s%s", errno != 0 ? ": " : "",
                     errno != 0 ? std::strerror(errno) : "");
@@ -101,8 +94,11 @@ static int32_t write_waiting(ZLR_task *task)
     return ZLR_RES_OK;
 }
 
-static int32_t check_name(ZLR_task *task)
+/* The name is needed; a field that there is not is told. */
+static int32_t check_params(ZLR_task *task)
 {
+    const char *fields = param_str(&task->params, SPAR_STAT_FIELDS);
+    if (fields[0] != '\0') result_check_fields(line_of(task), fields, "STAT_FIELDS", &task->streams);
     if (param_str(&task->params, SPAR_STAT_FILE)[0] != '\0') return ZLR_RES_OK;
     streams_write(&task->streams, ZLR_STREAM_ERR, "STAT_FILE names no file for the statistics.\n");
     return ZLR_RES_ERR_FILE_OPEN;
@@ -112,9 +108,16 @@ static int32_t check_name(ZLR_task *task)
 
 int32_t statistics_start(ZLR_task *task)
 {
-    const int32_t res = check_name(task);
+    const int32_t res = check_params(task);
     if (res == ZLR_RES_OK) task->stat.is_collecting = true;
     return res;
+}
+
+/* By STAT_EVENTS. */
+static bool is_wanted(const ZLR_task *task)
+{
+    const int32_t events = param_int(&task->params, IPAR_STAT_EVENTS);
+    return events == STAT_EVENTS_ALL || (events == STAT_EVENTS_ANSWERED) == (task->run.return_code == ZLR_RES_OK);
 }
 
 void statistics_note(ZLR_task *task)
@@ -122,7 +125,7 @@ void statistics_note(ZLR_task *task)
     stat_record *stat = &task->stat;
 
     stat->last_waits = stat->last_is_written = false;
-    if (!stat->is_collecting) return;
+    if (!stat->is_collecting || !is_wanted(task)) return;
     stat->waiting.push_back(statistics_line(task));
     stat->last_waits = true;
 }
@@ -131,7 +134,7 @@ int32_t statistics_stop(ZLR_task *task)
 {
     stat_record *stat = &task->stat;
 
-    int32_t res = check_name(task);
+    int32_t res = check_params(task);
     if (res == ZLR_RES_OK) res = write_waiting(task);
     if (res != ZLR_RES_OK) return res;
     stat->is_collecting = false;
@@ -144,7 +147,7 @@ int32_t statistics_append(ZLR_task *task)
 {
     stat_record *stat = &task->stat;
 
-    int32_t res = check_name(task);
+    int32_t res = check_params(task);
     if (res != ZLR_RES_OK || stat->last_is_written) return res;
     if (!stat->last_waits && !task->run.ran) {
         streams_write(&task->streams, ZLR_STREAM_ERR, "There is no optimisation to write statistics about.\n");

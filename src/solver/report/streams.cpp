@@ -4,22 +4,47 @@
 
 #include "solver/report/stream_capture.h"
 
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
+
+/* Flushed each time: a log is read most eagerly when its process has died. */
+static void file_write(std::FILE *file, const char *text)
+{
+    if (file == nullptr) return;
+    std::fputs(text, file);
+    std::fflush(file);
+}
 
 static void out_write(stream_out *out, const char *text)
 {
     if (out->func != nullptr) out->func(out->handle, text);
-    if (out->file != nullptr) {
-        std::fputs(text, out->file);
-        /* A log is read most eagerly when its process has died. */
-        std::fflush(out->file);
+    file_write(out->file, text);
+}
+
+static void log_file_write(stream_set *set, const char *text)
+{
+    stream_log_file *log = &set->log_file;
+    if (log->name.empty()) return;
+    if (!log->is_tried) {
+        log->is_tried = true;
+        log->file = std::fopen(log->name.c_str(), log->append ? "a" : "w");
+        if (log->file == nullptr)
+            streams_printf(set, ZLR_STREAM_ERR, "%s: cannot be opened as a log file: %s.\n", log->name.c_str(),
+                           std::strerror(errno));
     }
+    file_write(log->file, text);
+}
+
+static bool log_file_linked(const stream_log_file *log)
+{
+    return !log->name.empty() && (log->file != nullptr || !log->is_tried);
 }
 
 bool streams_linked(const stream_set *set, int32_t stream)
 {
     if (stream < 0 || stream >= ZLR_STREAM_COUNT) return false;
-    if (set->capture != nullptr) return true;
+    if (set->capture != nullptr || log_file_linked(&set->log_file)) return true;
     const stream_out *own = &set->out[stream];
     const stream_out *log = &set->out[ZLR_STREAM_LOG];
     return own->func != nullptr || own->file != nullptr || log->func != nullptr || log->file != nullptr;
@@ -30,6 +55,7 @@ void streams_write(stream_set *set, int32_t stream, const char *text)
     if (stream < 0 || stream >= ZLR_STREAM_COUNT || text == nullptr) return;
     out_write(&set->out[stream], text);
     if (stream != ZLR_STREAM_LOG) out_write(&set->out[ZLR_STREAM_LOG], text);
+    log_file_write(set, text);
     if (set->capture != nullptr) stream_capture_add(set->capture, text);
 }
 
@@ -99,13 +125,30 @@ int32_t streams_link_file(stream_set *set, int32_t stream, const char *filename,
     return ZLR_RES_OK;
 }
 
+void streams_name_log_file(stream_set *set, const char *name, bool append)
+{
+    stream_log_file *log = &set->log_file;
+    if (log->name != name) {
+        if (log->file != nullptr) std::fclose(log->file);
+        *log = stream_log_file{};
+        log->name = name;
+    }
+    log->append = append;
+}
+
+static int32_t file_close(std::FILE *file)
+{
+    if (file == nullptr) return ZLR_RES_OK;
+    const bool failed = std::ferror(file) != 0;
+    return std::fclose(file) != 0 || failed ? ZLR_RES_ERR_FILE_WRITE : ZLR_RES_OK;
+}
+
 int32_t streams_close(stream_set *set)
 {
-    int32_t res = ZLR_RES_OK;
-    for (stream_out &out : set->out) {
-        if (out.file == nullptr) continue;
-        const bool failed = std::ferror(out.file) != 0;
-        if (std::fclose(out.file) != 0 || failed) res = ZLR_RES_ERR_FILE_WRITE;
+    int32_t res = file_close(set->log_file.file);
+    for (const stream_out &out : set->out) {
+        const int32_t closed = file_close(out.file);
+        if (closed != ZLR_RES_OK) res = closed;
     }
     *set = stream_set{};
     return res;

@@ -146,11 +146,21 @@ static void add_sizes(const model *m, std::string *text)
     if (!m->cones.empty()) text_append(text, "  Cones      %-10zu %s\n", m->cones.size(), summary_cones(m).c_str());
 }
 
+static void add_ranges(const model *m, std::string *text)
+{
+    text_append(text, "  Ranges     matrix %s  cost %s\n", range_text(range_of(m->a.value)).c_str(),
+                range_text(range_of(m->c)).c_str());
+    text_append(text, "             bounds %s  right-hand sides %s\n",
+                range_text(range_of_sides(m->var_lower, m->var_upper)).c_str(),
+                range_text(range_of_sides(m->con_lower, m->con_upper)).c_str());
+}
+
 void summary_read(const ZLR_task *task, stream_set *out, int32_t stream)
 {
     const model *m = task->problem.get();
+    const int32_t detail = param_int(&task->params, IPAR_LOG_PROBLEM);
     std::string text;
-    if (!streams_linked(out, stream)) return;
+    if (detail == LOG_PROBLEM_OFF || !streams_linked(out, stream)) return;
 
     const char *format = task->data_format >= 0 ? format_table[task->data_format].name : nullptr;
     text_append(&text, "\nProblem '%s', %s, %s", m->name.c_str(), words_problem_type(model_problem_type(m)),
@@ -158,11 +168,8 @@ void summary_read(const ZLR_task *task, stream_set *out, int32_t stream)
     if (format != nullptr) text_append(&text, ", read as %s in %.2f s", format, task->read_time_s);
     text += "\n";
     add_sizes(m, &text);
-    text_append(&text, "  Ranges     matrix %s  cost %s\n", range_text(range_of(m->a.value)).c_str(),
-                range_text(range_of(m->c)).c_str());
-    text_append(&text, "             bounds %s  right-hand sides %s\n\n",
-                range_text(range_of_sides(m->var_lower, m->var_upper)).c_str(),
-                range_text(range_of_sides(m->con_lower, m->con_upper)).c_str());
+    if (detail == LOG_PROBLEM_ALL) add_ranges(m, &text);
+    text += "\n";
     streams_write(out, stream, text.c_str());
 }
 
@@ -225,21 +232,23 @@ static void add_objectives(const ZLR_task *task, int32_t kind, const solution *s
         text_append(text, "  %s\n", meaning);
         return;
     }
-    text_append(text, "  Objective  %.10e", sol->primal_obj);
+    const int places = param_int(&task->params, IPAR_LOG_DIGITS) - 1; /* behind the point */
+    text_append(text, "  Objective  %.*e", places, sol->primal_obj);
     if (kind == ZLR_SOL_ITG) {
-        if (!std::isnan(task->run.best_bound)) text_append(text, "  bound %.10e", task->run.best_bound);
+        if (!std::isnan(task->run.best_bound)) text_append(text, "  bound %.*e", places, task->run.best_bound);
         if (!std::isnan(task->run.relative_gap)) text_append(text, "  gap %.4g %%", 100.0 * task->run.relative_gap);
     } else if (!std::isnan(sol->check.dual)) {
-        text_append(text, "  dual %.10e", sol->dual_obj);
+        text_append(text, "  dual %.*e", places, sol->dual_obj);
     }
     *text += "\n";
 }
 
 void summary_solution(const ZLR_task *task, stream_set *out, int32_t stream)
 {
+    const int32_t detail = param_int(&task->params, IPAR_LOG_SOLUTION);
     std::string text;
     bool any = false;
-    if (!streams_linked(out, stream)) return;
+    if (detail == LOG_SOLUTION_OFF || !streams_linked(out, stream)) return;
     for (int32_t kind = ZLR_SOL_ITR; kind <= ZLR_SOL_ITG; ++kind) {
         const solution *sol = &task->sol[kind];
         if (!sol->defined) continue;
@@ -249,7 +258,7 @@ void summary_solution(const ZLR_task *task, stream_set *out, int32_t stream)
         text_append(&text, "\n%s solution: %s (problem %s)\n", title.c_str(), words_solution_status(sol->solsta),
                     words_problem_status(sol->prosta));
         add_objectives(task, kind, sol, &text);
-        add_check(task->problem.get(), &sol->check, &text);
+        if (detail == LOG_SOLUTION_ALL) add_check(task->problem.get(), &sol->check, &text);
     }
     if (!any) text += "\nNo solution.\n";
     streams_write(out, stream, text.c_str());
@@ -278,7 +287,7 @@ void summary_optimizer(const ZLR_task *task, stream_set *out, int32_t stream)
 {
     const run_record *run = &task->run;
     std::string text;
-    if (!streams_linked(out, stream)) return;
+    if (param_int(&task->params, IPAR_LOG_ENGINE) == 0 || !streams_linked(out, stream)) return;
     if (!run->ran) {
         streams_write(out, stream, "Optimizer: has not run.\n");
         return;

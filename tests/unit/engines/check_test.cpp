@@ -311,3 +311,52 @@ TEST(trivial, an_empty_matrix_is_solved_column_by_column)
         }
     }
 }
+
+/* x0 >= |x1| with x0 <= 1 and x1 = 5: the least violation is 4, and its multipliers are the proof. */
+TEST(aside, the_least_violation_with_cones_proves_infeasibility)
+{
+    model m =
+        make_model(ZLR_SENSE_MIN, {0.0, 0.0}, {{5.0, 5.0, {0.0, 1.0}}}, {-model_inf, -model_inf}, {1.0, model_inf});
+    m.cones.push_back({ZLR_CT_QUAD, {0, 1}});
+    const std::shared_ptr<model> p = aside_conic_phase_one(&m);
+    ASSERT_EQ(p->num_con, 2); /* the bound is a row */
+    ASSERT_EQ(p->num_var, 5); /* x1 short of 5 or beyond, x0 beyond 1 */
+    EXPECT_EQ(p->var_upper[0], model_inf);
+    ASSERT_EQ(p->cones.size(), 1U);
+
+    engine_answer a;
+    solution sol, certificate;
+    a.x = {1.0, 1.0, 4.0, 0.0, 0.0};
+    a.y = {1.0, -1.0};
+    (void)answer_to_solution(p.get(), &tolerances, &a, ZLR_SOL_ITR, &sol);
+    EXPECT_EQ(sol.solsta, ZLR_SOLSTA_OPTIMAL);
+    EXPECT_EQ(sol.primal_obj, 4.0);
+    ASSERT_TRUE(certificate_from_dual_ray(&m, &tolerances, {a.y[0]}, &certificate, {sol.snx[0], sol.snx[1]}));
+    EXPECT_EQ(certificate.solsta, ZLR_SOLSTA_PRIM_INFEAS_CER);
+    EXPECT_EQ(certificate.dual_obj, 4.0);
+    EXPECT_EQ(certificate.sux[0], 1.0);
+}
+
+/* minimise -x0 - x2 with x0^2 + x1 <= 1: along the row's linear part alone there is a direction, not along x0. */
+TEST(aside, directions_keep_quadratic_rows_flat_and_stay_in_cones)
+{
+    model m = make_model(ZLR_SENSE_MIN, {-1.0, 0.0, -1.0, 0.0}, {{-model_inf, 1.0, {0.0, 1.0, 0.0, 0.0}}},
+                         {-model_inf, -model_inf, -model_inf, 0.0}, {model_inf, model_inf, model_inf, model_inf});
+    m.qcon.push_back({0, {{0, 0, 2.0}}});
+    m.cones.push_back({ZLR_CT_QUAD, {3, 2}});
+    const std::shared_ptr<model> p = aside_recession(&m);
+    ASSERT_EQ(p->num_con, 2); /* the row, and 2 x0 = 0 */
+    EXPECT_EQ(p->con_upper[0], 0.0);
+    EXPECT_EQ(p->con_lower[1], 0.0);
+    EXPECT_EQ(p->con_upper[1], 0.0);
+    EXPECT_TRUE(p->qcon.empty());
+    ASSERT_EQ(p->cones.size(), 1U);
+    engine_answer a;
+    solution sol, certificate;
+    a.x = {0.0, -1.0, 1.0, 1.0};
+    EXPECT_LE(answer_to_solution(p.get(), &tolerances, &a, ZLR_SOL_ITR, &sol).primal, 1.0);
+    EXPECT_TRUE(certificate_from_primal_ray(&m, &tolerances, a.x, &certificate));
+    a.x = {0.1, -1.0, 1.0, 1.0};
+    EXPECT_GT(answer_to_solution(p.get(), &tolerances, &a, ZLR_SOL_ITR, &sol).primal, 1.0);
+    EXPECT_FALSE(certificate_from_primal_ray(&m, &tolerances, a.x, &certificate));
+}

@@ -164,7 +164,7 @@ bool to_disk = true; /* how the tests' files are written */
 int32_t write_whole(const std::string &target, const std::string &text, bool commit)
 {
     byte_sink *out = nullptr;
-    const int32_t res = sink_open(test_sys(), &out, target.c_str(), to_disk);
+    const int32_t res = sink_open(test_sys(), &out, target.c_str(), {to_disk});
     if (res != ZLR_RES_OK) return res;
     for (size_t at = 0; at < text.size(); at += 10000) sink_text(out, std::string_view(text).substr(at, 10000));
     return sink_close(&out, commit);
@@ -186,7 +186,7 @@ TEST(Sink, CompletesOrLeavesNothing)
     }
     EXPECT_EQ(folder.num_files(), 3U);
     EXPECT_EQ(file_text(folder.file("packed.txt.gz")).substr(0, 2), "\x1f\x8b");
-    EXPECT_EQ(sink_whole_file(test_sys(), folder.file("w").c_str(), true, "whole"), ZLR_RES_OK);
+    EXPECT_EQ(sink_whole_file(test_sys(), folder.file("w").c_str(), {}, "whole"), ZLR_RES_OK);
     EXPECT_EQ(file_text(folder.file("w")), "whole");
 }
 
@@ -243,8 +243,8 @@ TEST(Sink, CannotBeOpened)
 {
     temp_folder folder;
     byte_sink *out = nullptr;
-    EXPECT_EQ(sink_open(test_sys(), &out, folder.path.c_str(), true), ZLR_RES_ERR_FILE_OPEN);
-    EXPECT_EQ(sink_open(test_sys(), &out, folder.file("none/x").c_str(), true), ZLR_RES_ERR_FILE_OPEN);
+    EXPECT_EQ(sink_open(test_sys(), &out, folder.path.c_str(), {}), ZLR_RES_ERR_FILE_OPEN);
+    EXPECT_EQ(sink_open(test_sys(), &out, folder.file("none/x").c_str(), {}), ZLR_RES_ERR_FILE_OPEN);
     EXPECT_EQ(errno, ENOENT);
     EXPECT_EQ(out, nullptr);
     EXPECT_EQ(folder.num_files(), 0U);
@@ -290,7 +290,7 @@ TEST(Sink, Numbers)
 {
     temp_folder folder;
     byte_sink *out = nullptr;
-    ASSERT_EQ(sink_open(test_sys(), &out, folder.file("n").c_str(), true), ZLR_RES_OK);
+    ASSERT_EQ(sink_open(test_sys(), &out, folder.file("n").c_str(), {}), ZLR_RES_OK);
     const double values[] = {0.1, -0.0, 1e30, 5e-324, 123456.0, -model_inf, model_inf, 1.0 / 3.0};
     for (const double value : values) {
         sink_double(out, value);

@@ -77,7 +77,7 @@ TEST(Problem, IsReadByNameOrContent)
 TEST(Problem, GzipUnderAnyName)
 {
     temp_folder folder;
-    ASSERT_EQ(sink_whole_file(test_sys(), folder.file("a.gz").c_str(), true, small_mps), ZLR_RES_OK);
+    ASSERT_EQ(sink_whole_file(test_sys(), folder.file("a.gz").c_str(), {}, small_mps), ZLR_RES_OK);
     for (const char *name : {"b.mps", "b"}) {
         caught_io context(folder.file(name));
         std::filesystem::copy_file(folder.file("a.gz"), context.name);
@@ -94,7 +94,7 @@ TEST(Problem, FailedReadsSayWhy)
     put_file(folder.file("empty"), "");
     put_file(folder.file("empty.mps"), "");
     put_file(folder.file("what"), "this is no problem\n");
-    ASSERT_EQ(sink_whole_file(test_sys(), folder.file("cut.mps.gz").c_str(), true, small_mps), ZLR_RES_OK);
+    ASSERT_EQ(sink_whole_file(test_sys(), folder.file("cut.mps.gz").c_str(), {}, small_mps), ZLR_RES_OK);
     put_file(folder.file("cut.mps.gz"), file_text(folder.file("cut.mps.gz")).substr(0, 40));
     static const struct {
         const char *name;

@@ -75,7 +75,7 @@ inline std::string file_text(const std::string &path)
 inline int32_t write_file(session *s, const model *m, const std::string &path)
 {
     byte_sink *out = nullptr;
-    if (sink_open(test_sys(), &out, path.c_str(), true) != ZLR_RES_OK) return -1;
+    if (sink_open(test_sys(), &out, path.c_str(), {}) != ZLR_RES_OK) return -1;
     const int32_t res = lp_write(&s->io, out, m);
     const int32_t closed = sink_close(&out, res == ZLR_RES_OK);
     return res != ZLR_RES_OK ? res : closed;

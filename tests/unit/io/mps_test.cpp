@@ -292,7 +292,7 @@ std::string written(caught_io *context, const model &m)
     temp_folder folder;
     const std::string file = folder.file("out.mps");
     byte_sink *out = nullptr;
-    EXPECT_EQ(sink_open(test_sys(), &out, file.c_str(), true), ZLR_RES_OK);
+    EXPECT_EQ(sink_open(test_sys(), &out, file.c_str(), {}), ZLR_RES_OK);
     EXPECT_EQ(mps_write(&context->io, out, &m), ZLR_RES_OK);
     EXPECT_EQ(sink_close(&out, true), ZLR_RES_OK);
     return file_text(file);

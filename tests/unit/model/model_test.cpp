@@ -67,7 +67,8 @@ TEST(Model, PutColumnOpen)
         }
         for (int32_t k = 0; k < 10; ++k) {
             /* mostly the next one, as a task is filled */
-            const auto j = static_cast<int32_t>(random() % 4 == 0 ? random() % num_var : static_cast<uint32_t>(k) % num_var);
+            const auto j =
+                static_cast<int32_t>(random() % 4 == 0 ? random() % num_var : static_cast<uint32_t>(k) % num_var);
             const std::vector<int32_t> row = {2, 0, 1};
             const std::vector<double> value = {1.0 * k, 2.0 * k, 3.0 * k};
             const auto num = static_cast<int32_t>(random() % 4);

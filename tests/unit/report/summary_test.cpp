@@ -29,6 +29,7 @@ static std::string line_of(const std::string &text, const std::string &begin)
 static ZLR_task conic_task()
 {
     ZLR_task task;
+    param_set_defaults(&task.params);
     model m;
     model_append_vars(&m, 9);
     model_append_cons(&m, 1);

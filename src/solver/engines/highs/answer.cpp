@@ -44,11 +44,13 @@ static void get_counts(highs_session *s, engine_answer *a)
         a->best_bound = bound;
         a->has_bound = true;
     }
-    /* HiGHS tells a node limit as a limit of solutions. */
-    HighsInt max_nodes = 0;
-    if (a->status == ENGINE_SOLUTION_LIMIT &&
-        Highs_getIntOptionValue(s->highs, "mip_max_nodes", &max_nodes) == kHighsStatusOk && a->nodes >= max_nodes)
-        a->status = ENGINE_NODE_LIMIT;
+    /* HiGHS tells limits of nodes, leaves and nodes without progress as a limit of solutions. */
+    HighsInt max_nodes = 0, max_solutions = 0;
+    if (a->status != ENGINE_SOLUTION_LIMIT ||
+        Highs_getIntOptionValue(s->highs, "mip_max_nodes", &max_nodes) != kHighsStatusOk ||
+        Highs_getIntOptionValue(s->highs, "mip_max_improving_sols", &max_solutions) != kHighsStatusOk)
+        return;
+    if (a->nodes >= max_nodes || max_solutions == INT32_MAX) a->status = ENGINE_NODE_LIMIT;
 }
 
 static int32_t key_of(HighsInt status, double lower, double upper)

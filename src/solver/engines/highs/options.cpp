@@ -89,12 +89,14 @@ bool highs_set_options(highs_session *s, engine_answer *answer)
     (void)Highs_setIntOptionValue(h, "threads", uses_threads(job->method) ? std::max(job->threads, 1) : 1);
     (void)Highs_setIntOptionValue(h, "ipm_iteration_limit", ipm_stall_iterations);
     if (std::isfinite(job->time_limit_s)) (void)Highs_setDoubleOptionValue(h, "time_limit", job->time_limit_s);
+    bool has_solver = false; /* one of two codes for a method, by the plan */
     for (const engine_option &o : job->options) {
         if (!put_option(h, o)) return refuse(answer, "does not take the option " + o.name);
         if (o.name == "run_crossover") s->crossover = o.integer != 0;
         if (o.name == "ipm_iteration_limit") s->has_ipm_limit = true;
+        has_solver = has_solver || o.name == "solver";
     }
-    if (!put_method(s)) return refuse(answer, "this build does not have the method");
+    if (!has_solver && !put_method(s)) return refuse(answer, "this build does not have the method");
     return true;
 }
 
