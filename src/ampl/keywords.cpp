@@ -155,7 +155,7 @@ static char *take_value(const ampl_data *adat, char *value, char *out)
     return quoted ? value + 1 : value;
 }
 
-static void set_output_level(ampl_data *adat, int level)
+static void set_output_level(ampl_data *adat, long level)
 {
     if (level == 0) return;
     if (level >= 2) (void)ZLR_putintparam(adat->task, ZLR_IPAR_LOG_LEVEL, 10);

@@ -391,7 +391,7 @@ int32_t stub_check(ZLR_task *task, const char *name, stub_facts *facts, char *fa
         w.reader.size = about.st_size;
         res = check_file(task, &w);
     }
-    std::strcpy(fault, w.reader.fault);
+    std::memcpy(fault, w.reader.fault, stub_fault_bytes);
     *facts = {w.is_known ? w.header.num_con : 0, w.is_known ? w.header.num_var : 0, w.has_sets};
     free_arrays(task, &w);
     (void)std::fclose(file);

@@ -46,14 +46,16 @@ static bool take_form(stub_reader *r, bool *is_binary)
     return stub_skip_line(r); /* options and a comment */
 }
 
-static bool take_arithmetic(stub_reader *r, int32_t *num_func, int32_t *arithmetic)
+static bool take_arithmetic(stub_reader *r, stub_header *h, bool *is_swapped)
 {
     int32_t network = 0;
+    int32_t arithmetic = 0;
     int32_t flags = 0;
-    if (!take_counts(r, "a count of functions", 2, {&network, num_func, arithmetic, &flags})) return false;
-    if (*arithmetic <= ARITHMETIC_BIG) return true;
+    if (!take_counts(r, "a count of functions", 2, {&network, &h->num_func, &arithmetic, &flags})) return false;
+    *is_swapped = arithmetic != 0 && (arithmetic == ARITHMETIC_LITTLE) != is_little_endian();
+    if (arithmetic <= ARITHMETIC_BIG) return true;
     --r->line;
-    return stub_out_of_range(r, "a kind of arithmetic", *arithmetic, 0, ARITHMETIC_BIG);
+    return stub_out_of_range(r, "a kind of arithmetic", arithmetic, 0, ARITHMETIC_BIG);
 }
 
 /* Counts that have to be at most another. */
@@ -105,9 +107,10 @@ static bool take_nonzeros(stub_reader *r, stub_header *h)
 bool stub_take_header(stub_reader *r, stub_header *h)
 {
     bool is_binary = false;
+    bool is_swapped = false;
     column_counts c = {};
     int32_t unused[2] = {};
-    int32_t num_range = 0, num_equation = 0, linear_cc = 0, nonlinear_cc = 0, arithmetic = 0, common[5] = {};
+    int32_t num_range = 0, num_equation = 0, linear_cc = 0, nonlinear_cc = 0, common[5] = {};
     c.nlvb = -1;
     if (!take_form(r, &is_binary)) return false;
     if (!take_counts(r, "a count of columns, rows or objectives", 3,
@@ -118,7 +121,7 @@ bool stub_take_header(stub_reader *r, stub_header *h)
         return false;
     if (!take_counts(r, "a count of network rows", 2, {&unused[0], &unused[1]})) return false;
     if (!take_counts(r, "a count of nonlinear columns", 2, {&c.nlvc, &c.nlvo, &c.nlvb})) return false;
-    if (!take_arithmetic(r, &h->num_func, &arithmetic)) return false;
+    if (!take_arithmetic(r, h, &is_swapped)) return false;
     /* Old stubs, which do not tell the nonlinear columns of both, do not tell the kinds of integer columns either. */
     const char *discrete = "a count of integer columns";
     if (c.nlvb < 0 ? !take_counts(r, discrete, 2, {&c.nbv, &c.niv})
@@ -139,7 +142,6 @@ bool stub_take_header(stub_reader *r, stub_header *h)
     h->num_common = static_cast<int32_t>(num_common);
     h->num_common_all = static_cast<int32_t>(num_all);
     if (!check_counts(r, h, &c)) return false;
-    const bool is_swapped = arithmetic != 0 && (arithmetic == ARITHMETIC_LITTLE) != is_little_endian();
     if (is_binary) stub_reader_set_binary(r, is_swapped);
     return true;
 }

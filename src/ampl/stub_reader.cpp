@@ -1,6 +1,7 @@
 /* stub_reader.cpp - see stub_reader.h: blocks, faults, and the items that are seldom. */
 #include "ampl/stub_reader.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cinttypes>
 #include <cstdarg>
@@ -116,14 +117,18 @@ bool stub_ends(stub_reader *r, const char *what)
 
 /* ---- Seldom items ---- */
 
-bool stub_take_odd_real(stub_reader *r)
+/* With an exponent, or one of the words for what is no number; the line end stops it at the latest. */
+bool stub_take_odd_real(stub_reader *r, const char *what)
 {
     const char *p = r->at;
     while (*p == ' ') ++p;
-    if (*p == '\n' || *p == '\t' || *p == '\r') return false;
+    if (*p == '\n' || *p == '\t' || *p == '\r') return stub_expected(r, what);
     char *behind = nullptr;
-    (void)std::strtod(p, &behind); /* stops at the line end at the latest */
-    if (behind == p || std::strchr(" \t\r\n#", *behind) == nullptr) return false;
+    (void)std::strtod(p, &behind);
+    const bool is_number = behind != p && *behind != 0 && std::strchr(" \t\r\n#", *behind) != nullptr;
+    const bool is_hexadecimal =
+        std::any_of(p, static_cast<const char *>(behind), [](char c) { return c == 'x' || c == 'X'; });
+    if (!is_number || is_hexadecimal) return stub_expected(r, what); /* the library stops at the x */
     r->at = behind;
     return true;
 }

@@ -13,7 +13,7 @@
 #include <cstdio>
 #include <cstring>
 
-inline constexpr int64_t stub_block_bytes = 256 * 1024;
+inline constexpr int64_t stub_block_bytes = 262144;
 inline constexpr int32_t stub_name_bytes = 128;
 
 /* The library takes no more of a line: what stands behind would be another number, or none, without a word. */
@@ -53,8 +53,9 @@ bool stub_expected(stub_reader *r, const char *what);
 bool stub_out_of_range(stub_reader *r, const char *what, int64_t value, int64_t low, int64_t high);
 bool stub_ends(stub_reader *r, const char *what);
 
-/* A real number in text that is more than digits; the end of a line that is more than a line end; the rest of a line. */
-[[nodiscard]] bool stub_take_odd_real(stub_reader *r);
+/* In text, what is seldom: a real number with more to it than digits and a point, the end of a line that is more than a line
+ * end, the rest of a line. */
+[[nodiscard]] bool stub_take_odd_real(stub_reader *r, const char *what);
 [[nodiscard]] bool stub_end_odd_line(stub_reader *r);
 [[nodiscard]] bool stub_skip_line(stub_reader *r);
 
@@ -140,7 +141,7 @@ template <bool binary> inline bool stub_take_real(stub_reader *r, const char *wh
         while (stub_is_digit(*p)) ++p;
         num += p - point - 1;
     }
-    if (num == 0 || (*p != '\n' && *p != ' ')) return stub_take_odd_real(r) || stub_expected(r, what);
+    if (num == 0 || (*p != '\n' && *p != ' ')) return stub_take_odd_real(r, what);
     r->at = p;
     return true;
 }

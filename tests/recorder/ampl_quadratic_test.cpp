@@ -208,7 +208,8 @@ TEST(ampl_quadratic, factor_without_variables)
          {nl_product(one, nl_variable(1)), nl_expression("o5\n" + one + nl_number(2))}) {
         nl_model model = quadratic_objective();
         model.objectives[0].nonlinear = expression;
-        const ampl_result result = run_model(model);
+        /* Where the library is left in midst of its work a leak checker finds its arrays. */
+        const ampl_result result = run_ampl({.stub = nl_text(model), .may_print_errors = true});
         EXPECT_NE(part_of(result, "putnlfunc putqobj"), "");
     }
 }

@@ -80,5 +80,5 @@ int code_of(const std::string &sol)
     const size_t at = sol.find("\nobjno ");
     if (at == std::string::npos) return -1;
     const std::vector<std::string> words = words_of(sol.substr(at + 1, sol.find('\n', at + 1) - at - 1));
-    return words.size() == 3 ? std::atoi(words[2].c_str()) : -1;
+    return words.size() == 3 ? std::stoi(words[2]) : -1;
 }
