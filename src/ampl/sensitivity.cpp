@@ -24,19 +24,34 @@ static int32_t make_dual(ZLR_task *task, dual_sens *d)
     return res;
 }
 
-/* One side a row: of a ranged one the lower, of a free one none, so that the list may be shorter than the rows. */
+/* The side of a row that is looked at: of a ranged one the lower, of a free one none. */
+struct row_side {
+    bool exists, is_upper;
+    double value;
+};
+
+static int32_t side_of_row(ZLR_task *task, int32_t i, row_side *side)
+{
+    int32_t key = 0;
+    double lower = 0.0;
+    double upper = 0.0;
+    const int32_t res = ZLR_getbound(task, ZLR_ACC_CON, i, &key, &lower, &upper);
+    const bool is_upper = key != ZLR_BK_LO && key != ZLR_BK_RA;
+    *side = {key != ZLR_BK_FR, is_upper, is_upper ? upper : lower};
+    return res;
+}
+
+/* One side a row; without free rows the list may be shorter than the rows. */
 static int32_t list_rows(ZLR_task *task, int32_t num_con, primal_sens *p)
 {
     int32_t listed = 0;
     for (int32_t i = 0; i < num_con; ++i) {
-        int32_t key = 0;
-        double lower = 0.0;
-        double upper = 0.0;
-        const int32_t res = ZLR_getbound(task, ZLR_ACC_CON, i, &key, &lower, &upper);
+        row_side side;
+        const int32_t res = side_of_row(task, i, &side);
         if (res != ZLR_RES_OK) return res;
-        if (key == ZLR_BK_FR) continue;
+        if (!side.exists) continue;
         p->subi[listed] = i;
-        p->marki[listed] = key == ZLR_BK_RA || key == ZLR_BK_LO ? 0 : 1;
+        p->marki[listed] = side.is_upper ? 1 : 0;
         ++listed;
     }
     p->numi = listed;
@@ -95,17 +110,14 @@ void ampl_free_sensitivity(ampl_data *adat)
 /* ---- The suffixes ---- */
 
 /* The present sides of the listed rows, in their order. */
-static int32_t current_sides(ZLR_task *task, int32_t num_con, double *side)
+static int32_t current_sides(ZLR_task *task, int32_t num_con, double *value)
 {
     int32_t at = 0;
     for (int32_t i = 0; i < num_con; ++i) {
-        int32_t key = 0;
-        double lower = 0.0;
-        double upper = 0.0;
-        const int32_t res = ZLR_getbound(task, ZLR_ACC_CON, i, &key, &lower, &upper);
+        row_side side;
+        const int32_t res = side_of_row(task, i, &side);
         if (res != ZLR_RES_OK) return res;
-        if (key == ZLR_BK_FR) continue;
-        side[at++] = key == ZLR_BK_LO || key == ZLR_BK_RA ? lower : upper;
+        if (side.exists) value[at++] = side.value;
     }
     return ZLR_RES_OK;
 }

@@ -51,8 +51,6 @@ static bool is_better(const solution *a, const solution *b, int32_t sense)
     return sense == ZLR_SENSE_MAX ? a->primal_obj > b->primal_obj : a->primal_obj < b->primal_obj;
 }
 
-static double ratio_of(const check_result *found) { return std::max({found->primal, found->dual, found->gap}); }
-
 /* Where two answers are of the same status, linear problems go by the objective; quadratic and conic ones, whose engines
  * stop short of the optimum and not at a vertex, by the residuals. */
 static bool improves(const optimization *o, int32_t kind, const solution *sol, const check_result *found)
@@ -61,7 +59,7 @@ static bool improves(const optimization *o, int32_t kind, const solution *sol, c
     if (!sol->defined) return false;
     if (!best->defined || o->is_linear || check_rank(sol->solsta) != check_rank(best->solsta))
         return is_better(sol, best, o->problem->sense);
-    if (ratio_of(found) > 1.0 || o->best_ratio[kind] > 1.0) return ratio_of(found) < o->best_ratio[kind];
+    if (polish_ratio(found) > 1.0 || o->best_ratio[kind] > 1.0) return polish_ratio(found) < o->best_ratio[kind];
     return check_largest_residual(sol) < check_largest_residual(best);
 }
 
@@ -69,7 +67,7 @@ static void offer(optimization *o, int32_t kind, solution *sol, const check_resu
 {
     if (!improves(o, kind, sol, found)) return;
     o->best[kind] = std::move(*sol);
-    o->best_ratio[kind] = ratio_of(found);
+    o->best_ratio[kind] = polish_ratio(found);
 }
 
 /* Whether an answer stands for itself: by the share of what is allowed, and by its residuals as they are. What uses up more
@@ -78,7 +76,7 @@ static void offer(optimization *o, int32_t kind, solution *sol, const check_resu
 static bool stands_alone(const optimization *o, const check_result *found, const solution *sol)
 {
     const double share = param_dou(&o->task->params, DPAR_QP_SURE_SHARE);
-    return o->is_linear || (ratio_of(found) <= share && check_largest_residual(sol) <= share);
+    return o->is_linear || (polish_ratio(found) <= share && check_largest_residual(sol) <= share);
 }
 
 static int32_t main_kind(const optimization *o) { return o->plan.sought[ZLR_SOL_BAS] ? ZLR_SOL_BAS : ZLR_SOL_ITR; }

@@ -239,17 +239,15 @@ static bool solve_at(const model *m, const active_set *set, const solution *from
     return true;
 }
 
-static double ratio_of(const check_result *found) { return std::max({found->primal, found->dual, found->gap}); }
-
-static bool is_better(const check_result *a, const solution *a_sol, const check_result *b, const solution *b_sol)
+bool polish_is_better(const check_result *a, const solution *a_sol, const check_result *b, const solution *b_sol)
 {
-    if (ratio_of(a) > 1.0 || ratio_of(b) > 1.0) return ratio_of(a) < ratio_of(b);
+    if (polish_ratio(a) > 1.0 || polish_ratio(b) > 1.0) return polish_ratio(a) < polish_ratio(b);
     return check_largest_residual(a_sol) < check_largest_residual(b_sol);
 }
 
 static bool is_good(const check_result *found, const solution *sol)
 {
-    return ratio_of(found) <= good_enough && check_largest_residual(sol) <= good_residual;
+    return polish_ratio(found) <= good_enough && check_largest_residual(sol) <= good_residual;
 }
 
 /* The system and its scaling, and the check of what comes out of it. */
@@ -284,7 +282,7 @@ static void polish_from(const model *m, const check_tolerances *tol, const polis
         check_complete(m, tol, &made);
         check_result at = check_solution(m, tol, false, &made);
         close_gap(m, tol, &made, &at);
-        if (is_better(&at, &made, found, sol)) {
+        if (polish_is_better(&at, &made, found, sol)) {
             made.skc = sol->skc;
             made.skx = sol->skx;
             made.defined = true;
@@ -298,7 +296,7 @@ static void polish_from(const model *m, const check_tolerances *tol, const polis
         if (next == set) return;
         set = next;
         /* Where the equations contradict each other the point is thrown far off: back to the answer. */
-        from = ratio_of(&at) < far_off ? made : *sol;
+        from = polish_ratio(&at) < far_off ? made : *sol;
     }
 }
 

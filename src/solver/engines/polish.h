@@ -10,6 +10,15 @@
 #include "solver/conic/effort.h"
 #include "solver/engines/check.h"
 
+#include <algorithm>
+
+/* How an answer stands to what is allowed: at most 1 passes. */
+inline double polish_ratio(const check_result *found) { return std::max({found->primal, found->dual, found->gap}); }
+
+/* Whether the first of two checked solutions is the better one: by that ratio while one does not pass, else by what is left
+ * as it is. */
+bool polish_is_better(const check_result *a, const solution *a_sol, const check_result *b, const solution *b_sol);
+
 struct polish_limits {
     int32_t max_rounds = 6;      /* corrections of one guess */
     int32_t num_guesses = 7;     /* at most 7 */

@@ -115,12 +115,7 @@ void polish_quadratic_rows(const model *m, const check_tolerances *tol, const po
         made.y = at.y;
         check_complete(m, tol, &made);
         const check_result now = check_solution(m, tol, false, &made);
-        const bool is_passing = std::max({now.primal, now.dual, now.gap}) <= 1.0;
-        const bool was_passing = std::max({found->primal, found->dual, found->gap}) <= 1.0;
-        const bool is_better = is_passing && was_passing ? check_largest_residual(&made) < check_largest_residual(sol)
-                                                         : std::max({now.primal, now.dual, now.gap}) <
-                                                               std::max({found->primal, found->dual, found->gap});
-        if (!is_better) {
+        if (!polish_is_better(&now, &made, found, sol)) {
             if (k > 1) return; /* the first steps may go up before they come down */
             continue;
         }

@@ -319,6 +319,33 @@ TEST_F(api_optimize, quadratic_answers_are_polished_unless_that_is_switched_off)
     }
 }
 
+/* Where a quadratic row holds, the polish takes point and multiplier to the last digits: x + y over the disc x^2 + y^2 <= 2. */
+TEST_F(api_optimize, answers_with_quadratic_rows_are_polished)
+{
+    const int32_t i[] = {0, 1};
+    const double q[] = {2.0, 2.0};
+    for (const int32_t sense : {ZLR_SENSE_MIN, ZLR_SENSE_MAX})
+        for (const char *word : {"ON", "OFF"}) {
+            SCOPED_TRACE(word);
+            const double s = sense == ZLR_SENSE_MAX ? 1.0 : -1.0;
+            renew();
+            fill(task, {sense, {1.0, 1.0}, {{-inf, 2.0, {0.0, 0.0}}}, {-inf, -inf}, {inf, inf}, {}, 0.0});
+            ASSERT_EQ(ZLR_putqconk(task, 0, 2, i, i, q), 0);
+            ASSERT_EQ(ZLR_putparam(task, "QP_POLISH", word), 0);
+            ASSERT_EQ(ZLR_optimize(task), 0);
+            const api_solution at = get_solution(task, ZLR_SOL_ITR);
+            int32_t num = 0;
+            EXPECT_EQ(at.solsta, ZLR_SOLSTA_OPTIMAL);
+            EXPECT_EQ(ZLR_getintinf(task, ZLR_IINF_IPM_ITERATIONS, &num), 0);
+            EXPECT_GT(num, 0);
+            EXPECT_EQ(ZLR_getintinf(task, 1, &num), ZLR_RES_ERR_INDEX);
+            EXPECT_NEAR(at.xx[0], s, 1e-6);
+            EXPECT_NEAR(at.y[0], s * 0.5, 1e-6);
+            const double off = std::max(std::fabs(at.xx[0] - s), std::fabs(at.y[0] - s * 0.5));
+            EXPECT_EQ(off < 1e-14, std::string(word) == "ON") << off;
+        }
+}
+
 /* x^2 + y^2 <= t^2 with t at least 0 is a cone: the nearest point of t = 5 along (3, 4). */
 TEST_F(api_optimize, a_row_that_is_a_cone_in_disguise_is_solved)
 {
