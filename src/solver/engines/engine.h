@@ -8,6 +8,7 @@
  * Signs: an adapter gives row duals and reduced costs in the library's convention (zelor.h, "Duals"). */
 #pragma once
 
+#include "solver/engines/smooth.h"
 #include "solver/model/model.h"
 #include "zelor.h"
 
@@ -18,7 +19,7 @@
 #include <string>
 #include <vector>
 
-inline constexpr int32_t engine_abi = 5;
+inline constexpr int32_t engine_abi = 6;
 
 enum engine_method {
     METHOD_CHOOSE = 0, /* the engine's own choice */
@@ -199,4 +200,8 @@ struct engine_adapter {
     void (*solve)(const std::shared_ptr<engine_job> &job);
 
     const engine_session_calls *sessions; /* null: the engine has none */
+
+    /* Problems of smooth functions, on the calling thread; null: the engine takes none. One that takes only these accepts
+     * no problem. */
+    smooth_solve solve_smooth = nullptr;
 };
