@@ -202,7 +202,9 @@ enum {
     ZLR_RES_TRM_MAX_SOLUTIONS = 10004,
     ZLR_RES_TRM_OBJECTIVE = 10005, /* an objective limit was reached */
     ZLR_RES_TRM_MEMORY = 10006,
-    ZLR_RES_TRM_STALL = 10007 /* no engine got to an answer that passes the check */
+    ZLR_RES_TRM_STALL = 10007,           /* no engine got to an answer that passes the check */
+    ZLR_RES_TRM_LOCAL_INFEASIBLE = 10008, /* nonlinear: the violation is least nearby, and not 0; proves nothing */
+    ZLR_RES_TRM_DIVERGING = 10009         /* nonlinear: the columns grow without end; proves nothing */
 };
 
 /* ---- Functions given by the caller -------------------------------------------------------------------------------- */
@@ -224,14 +226,37 @@ typedef struct ZLR_progress {
  * keeps the best solution found. */
 typedef int32_t (*ZLR_callbackfunc)(ZLR_task *task, void *handle, const ZLR_progress *progress);
 
-/* Structure of the nonlinear part; null pointers are items that are not wanted. Returns 0, or not 0 for a failure. */
+/* Structure of the nonlinear part; null pointers are items that are not wanted. Returns 0, or not 0 for a failure.
+ *
+ *   numgrdobjnz, grdobjsub  columns of the objective's gradient; room for as many as there are columns. Columns of its linear
+ *                           terms may lack
+ *   i, convali              1 if row i has a function, else 0
+ *   grdconinz, grdconisub   columns of the gradient of row i
+ *   yo, numycnz, ycsub      not 0: the Hessian is to hold the objective's share; that of rows where numycnz is above 0
+ *   maxnumhesnz, numhesnz   room for entries of the Hessian, and their count, which is always given
+ *   hessubi, hessubj        the entries' places in the lower triangle, hessubi >= hessubj
+ */
 typedef int32_t (*ZLR_nlgetspfunc_t)(void *handle, int32_t *numgrdobjnz, int32_t *grdobjsub, int32_t i,
                                      int32_t *convali, int32_t *grdconinz, int32_t *grdconisub, int32_t yo,
                                      int32_t numycnz, const int32_t *ycsub, int32_t maxnumhesnz, int32_t *numhesnz,
                                      int32_t *hessubi, int32_t *hessubj);
 
 /* Values of the nonlinear part at the point xx; null pointers are items that are not wanted. Returns 0,
- * ZLR_RES_ERR_NL_EVALUATION where a function has no value, or another code. */
+ * ZLR_RES_ERR_NL_EVALUATION where a function has no value, or another code.
+ *
+ *   yo, yc                  weight of the objective and multipliers by row number, for the Lagrangian
+ *                           yo f(x) - sum of yc_i g_i(x)
+ *   objval                  value of the objective's function, its constant included
+ *   numgrdobjnz, grdobjsub, grdobjval  its gradient
+ *   numi, subi, conval      the rows asked for, in ascending order, and their values
+ *   grdconptrb, grdconptre, grdconsub, grdconval  their gradients: of the k-th row the values of the columns grdconsub[p],
+ *                           p from grdconptrb[k] up to but not including grdconptre[k]
+ *   grdlag                  gradient of the Lagrangian, by column
+ *   maxnumhesnz, numhesnz, hessubi, hessubj, hesval  its Hessian, in the order of the structure. With yo 0 it may be given as
+ *                           0 throughout: the library never asks for it so
+ *
+ * The library asks for every row that has a function in each call that asks for rows, and for values before it asks for
+ * derivatives, except where it looks for the one that has no value. */
 typedef int32_t (*ZLR_nlgetvafunc_t)(void *handle, const double *xx, double yo, const double *yc, double *objval,
                                      int32_t *numgrdobjnz, int32_t *grdobjsub, double *grdobjval, int32_t numi,
                                      const int32_t *subi, double *conval, const int32_t *grdconptrb,
@@ -253,7 +278,9 @@ ZLR_API int32_t ZLR_getcodedesc(int32_t code, char *symbol, char *text);
 ZLR_API int32_t ZLR_getresponseclass(int32_t code, int32_t *response_class);
 
 /* Words for a problem status and a solution status, such as "PRIMAL_AND_DUAL_FEASIBLE" and "OPTIMAL". The buffer has
- * room for at least 1024 bytes. An unknown number gives "UNKNOWN" and ZLR_RES_ERR_ARGUMENT. */
+ * room for at least 1024 bytes. An unknown number gives "UNKNOWN" and ZLR_RES_ERR_ARGUMENT. The status ZLR_SOLSTA_OPTIMAL
+ * is "LOCALLY_OPTIMAL" where a solution of the task has it that is known to be optimal in its surroundings only: that of a
+ * problem with nonlinear functions, or of a quadratic one that is not convex. */
 ZLR_API int32_t ZLR_prostatostr(ZLR_task *task, int32_t prosta, char *text);
 ZLR_API int32_t ZLR_solstatostr(ZLR_task *task, int32_t solsta, char *text);
 
@@ -572,9 +599,18 @@ ZLR_API int32_t ZLR_primalrepair(ZLR_task *task, const double *wlc, const double
  * it was. TIME_LIMIT is for optimisations, and does not end this. */
 ZLR_API int32_t ZLR_toconic(ZLR_task *task);
 
-/* ---- Not available in this version -------------------------------------------------------------------------------- */
+/* ---- General nonlinear functions ---------------------------------------------------------------------------------- */
 
-/* This says so on the error stream and returns ZLR_RES_ERR_NOT_AVAILABLE; the task is left as it is. */
+/* Gives the task functions that are added to its objective and rows: smooth ones, with first and second derivatives. The
+ * rows, columns, bounds and linear parts are the task's; its fixed term (ZLR_putcfix) does not count, for the function of
+ * the objective holds it. `handle` is handed to each call and stays the program's; the functions are called from this entry,
+ * from ZLR_optimize and from entries that need values (solutions put or read, analyses), on the caller's thread, one at a
+ * time. Their structure is asked for here, and again by ZLR_optimize where the task has other sizes then. Two null pointers
+ * take the functions away. Solutions are dropped.
+ *
+ * Such a problem is solved locally, as is a quadratic one with NONCONVEX=LOCAL: see docs/nonlinear.md for what statuses and
+ * codes say then. Returns ZLR_RES_ERR_NULL_POINTER where one of the two is null, ZLR_RES_ERR_INDEX for a structure that
+ * names columns that are not there, or the code of a call that failed. */
 ZLR_API int32_t ZLR_putnlfunc(ZLR_task *task, void *handle, ZLR_nlgetspfunc_t getsp, ZLR_nlgetvafunc_t getva);
 
 #ifdef __cplusplus

@@ -40,6 +40,8 @@ int32_t problem_analysis_print(ZLR_task *task, int32_t stream)
     problem_facts facts;
 
     facts.rules = rules_of(&task->params);
+    /* What functions do nobody looks into: advice and structure of the rest alone would mislead. */
+    if (task->problem->functions != nullptr) facts.rules.advice = facts.rules.structure = false;
     problem_find_all(task->problem.get(), &tol, &facts);
     streams_write(&task->streams, stream, problem_report(&facts).c_str());
     return ZLR_RES_OK;

@@ -127,6 +127,17 @@ static void add_quadratic(const problem_facts *facts, std::string *text)
     words_list(text, "  Quadratic", fact_indent, items);
 }
 
+static void add_functions(const problem_facts *facts, std::string *text)
+{
+    const model_functions *f = facts->m->functions.get();
+    if (f == nullptr) return;
+    words_list(text, "  Nonlinear", fact_indent,
+               {words_number(static_cast<int64_t>(f->row.size()), "row", "rows") + " and the objective by functions",
+                words_number(static_cast<int64_t>(f->col.size()), "entry", "entries") + " in the rows' gradients",
+                words_number(static_cast<int64_t>(f->hes_row.size()), "entry", "entries") + " in the Hessian",
+                "not looked into here"});
+}
+
 /* By type and size, and what share of the columns is in them. */
 static void add_cones(const problem_facts *facts, std::string *text)
 {
@@ -325,6 +336,7 @@ std::string problem_report(const problem_facts *facts)
     add_rows_and_columns(facts, &text);
     add_nonzeros(facts, full, &text);
     add_quadratic(facts, &text);
+    add_functions(facts, &text);
     add_cones(facts, &text);
     if (rules->structure) add_structure(facts, full, &text);
     if (rules->sizes) add_sizes(facts, &text);

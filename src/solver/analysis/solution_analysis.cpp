@@ -121,7 +121,7 @@ static double bound_of(const solution_view *v)
 
 static void add_status(solution_view *v)
 {
-    text_append(&v->text, "  Status     %s (problem %s)\n", words_solution_status(v->sol.solsta),
+    text_append(&v->text, "  Status     %s (problem %s)\n", words_solution_status(v->sol.solsta, v->sol.is_local),
                 words_problem_status(v->sol.prosta));
 }
 
@@ -135,7 +135,7 @@ static void add_earned_status(solution_view *v)
     else
         check_set_status(&v->tol, &v->found, &earned);
     if (earned.solsta == v->sol.solsta) return;
-    text_append(&v->text, "  By check   %s\n", words_solution_status(earned.solsta));
+    text_append(&v->text, "  By check   %s\n", words_solution_status(earned.solsta, v->sol.is_local));
 }
 
 static void add_integer_objective(solution_view *v)

@@ -40,13 +40,17 @@ int32_t ZLR_getinfeasiblesubproblem(ZLR_task *task, int32_t kind, ZLR_task **sub
     *subproblem = nullptr;
     return api_task(task, [&]() -> int32_t {
         if (kind < 0 || kind > ZLR_SOL_ITG) return ZLR_RES_ERR_ARGUMENT;
-        return infeasible_subproblem(task, kind, subproblem);
+        const int32_t res = api_refuse_functions(task, "An infeasible subproblem");
+        return res == ZLR_RES_OK ? infeasible_subproblem(task, kind, subproblem) : res;
     });
 }
 
 int32_t ZLR_primalrepair(ZLR_task *task, const double *wlc, const double *wuc, const double *wlx, const double *wux)
 {
-    return api_task(task, [&]() -> int32_t { return primal_repair(task, wlc, wuc, wlx, wux); });
+    return api_task(task, [&]() -> int32_t {
+        const int32_t res = api_refuse_functions(task, "A repair");
+        return res == ZLR_RES_OK ? primal_repair(task, wlc, wuc, wlx, wux) : res;
+    });
 }
 
 int32_t ZLR_sensitivityreport(ZLR_task *task, int32_t stream)

@@ -47,6 +47,9 @@ template <class value_type> void api_put(value_type *out, value_type value)
     if (out != nullptr) *out = value;
 }
 
+/* The code for what is not done with general nonlinear functions, after it was said; ZLR_RES_OK: the task has none. */
+[[nodiscard]] int32_t api_refuse_functions(ZLR_task *task, const char *what);
+
 /* Copies at most `capacity` - 1 bytes of a text and a terminator. */
 void api_copy_text(char *buffer, size_t capacity, std::string_view text);
 

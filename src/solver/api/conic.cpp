@@ -35,6 +35,8 @@ static void tell_form(stream_set *streams, const conic_map *map)
 int32_t ZLR_toconic(ZLR_task *task)
 {
     return api_task(task, [&]() -> int32_t {
+        const int32_t res = api_refuse_functions(task, "The conic form");
+        if (res != ZLR_RES_OK) return res;
         if (task->problem->qobj.empty() && task->problem->qcon.empty()) return ZLR_RES_OK;
         run_watch watch;
         quadratic_look found;

@@ -49,7 +49,8 @@ int32_t ZLR_writesolution(ZLR_task *task, int32_t kind, const char *filename)
         }
         if (!is_good_enough(&task->sol[kind], param_int(&task->params, IPAR_WRITE_SOLUTION_STATUS))) {
             streams_printf(&task->streams, ZLR_STREAM_MSG, "The %s solution is %s: '%s' is not written.\n",
-                           words_solution_kind(kind), words_solution_status(task->sol[kind].solsta), name);
+                           words_solution_kind(kind),
+                           words_solution_status(task->sol[kind].solsta, task->sol[kind].is_local), name);
             return ZLR_RES_OK;
         }
         return solution_file_write(&io, task->problem.get(), &task->sol[kind], kind);

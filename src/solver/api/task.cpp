@@ -4,6 +4,7 @@
 #include "solver/report/statistics.h"
 #include "solver/report/words.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdarg>
 #include <cstring>
@@ -141,5 +142,8 @@ int32_t ZLR_prostatostr(ZLR_task *task, int32_t prosta, char *text)
 int32_t ZLR_solstatostr(ZLR_task *task, int32_t solsta, char *text)
 {
     if (task == nullptr) return ZLR_RES_ERR_NULL_HANDLE;
-    return status_text(words_solution_status(solsta), text);
+    const bool is_local = std::any_of(std::begin(task->sol), std::end(task->sol), [solsta](const solution &sol) {
+        return sol.defined && sol.solsta == solsta && sol.is_local;
+    });
+    return status_text(words_solution_status(solsta, is_local), text);
 }

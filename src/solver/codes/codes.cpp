@@ -54,6 +54,8 @@ static constexpr code_row codes[] = {
     ROW(ZLR_RES_TRM_OBJECTIVE,        ZLR_CLASS_TERMINATION, "Stopped at an objective limit"),
     ROW(ZLR_RES_TRM_MEMORY,           ZLR_CLASS_TERMINATION, "Stopped at the limit of memory"),
     ROW(ZLR_RES_TRM_STALL,            ZLR_CLASS_TERMINATION, "No engine came to an answer that passes the check"),
+    ROW(ZLR_RES_TRM_LOCAL_INFEASIBLE, ZLR_CLASS_TERMINATION, "No feasible point was found; where it ended, the violation is least nearby"),
+    ROW(ZLR_RES_TRM_DIVERGING,        ZLR_CLASS_TERMINATION, "The columns grow without end; the problem may be unbounded"),
 };
 // clang-format on
 

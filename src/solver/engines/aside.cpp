@@ -258,7 +258,8 @@ static void solve_without_matrix(const model *m, const check_tolerances *tol, bo
 
 bool aside_trivial(const model *m, const check_tolerances *tol, double crossed_tol, bool integers, solution *sol)
 {
-    const bool is_empty = m->a.row.empty() && m->qobj.empty() && m->qcon.empty() && m->cones.empty();
+    const bool is_empty =
+        m->a.row.empty() && m->qobj.empty() && m->qcon.empty() && m->cones.empty() && m->functions == nullptr;
     const bool crossed = find_crossed(m, tol, crossed_tol, integers, sol);
 
     if (!crossed && !is_empty) return false;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 /* Adds factor * Qx to the values, and the sizes of its terms. */
 static void add_product(const std::vector<quad_term> &terms, const std::vector<double> &x, double factor,
@@ -17,10 +18,44 @@ static void add_product(const std::vector<quad_term> &terms, const std::vector<d
     }
 }
 
+bool gradient_exists(const model *m, const solution *sol)
+{
+    int32_t code = ZLR_RES_OK;
+    return m->functions == nullptr || !sol->has_primal ||
+           functions_at(m->functions.get(), sol->xx.data(), true, &code) != nullptr;
+}
+
+/* The gradients of functions in place of Qx: NaN where there is none. What the objective's gradient adds to the costs is
+ * added to `cost` as well. */
+static void add_functions(const model_functions *f, const solution *sol, std::vector<double> *value,
+                          std::vector<double> *size, std::vector<double> *cost)
+{
+    int32_t code = ZLR_RES_OK;
+    const function_values *at = functions_at(f, sol->xx.data(), true, &code);
+    if (at == nullptr) {
+        std::fill(value->begin(), value->end(), std::numeric_limits<double>::quiet_NaN());
+        return;
+    }
+    const auto add = [&](size_t j, double term) {
+        (*value)[j] += term;
+        (*size)[j] += std::fabs(term);
+    };
+    for (size_t j = 0; j < value->size(); j++) {
+        add(j, at->objective_gradient[j]);
+        (*cost)[j] += at->objective_gradient[j];
+    }
+    for (size_t k = 0; k < f->row.size(); k++) {
+        const double y = sol->y[static_cast<size_t>(f->row[k])];
+        if (y == 0.0) continue;
+        for (auto p = static_cast<size_t>(f->start[k]); p < static_cast<size_t>(f->start[k + 1]); p++)
+            add(static_cast<size_t>(f->col[p]), -y * at->gradient[p]);
+    }
+}
+
 std::vector<reduced_cost> gradient_reduced_costs(const model *m, const check_tolerances *tol, const solution *sol)
 {
     const auto n = static_cast<size_t>(m->num_var);
-    std::vector<double> value = m->c, size(n);
+    std::vector<double> value = m->c, cost = m->c, size(n);
     std::vector<reduced_cost> all(n);
 
     for (size_t j = 0; j < n; j++) size[j] = std::fabs(value[j]);
@@ -28,6 +63,7 @@ std::vector<reduced_cost> gradient_reduced_costs(const model *m, const check_tol
         add_product(m->qobj, sol->xx, 1.0, &value, &size);
         for (const quad_row &q : m->qcon)
             add_product(q.terms, sol->xx, -sol->y[static_cast<size_t>(q.row)], &value, &size);
+        if (m->functions != nullptr) add_functions(m->functions.get(), sol, &value, &size, &cost);
     }
     for (size_t j = 0; j < n; j++) {
         for (auto k = static_cast<size_t>(m->a.start[j]); k < static_cast<size_t>(m->a.start[j + 1]); k++) {
@@ -35,7 +71,7 @@ std::vector<reduced_cost> gradient_reduced_costs(const model *m, const check_tol
             value[j] -= term;
             size[j] += std::fabs(term);
         }
-        all[j] = {value[j], check_allowed(tol != nullptr ? tol->dual : 0.0, m->c[j], size[j])};
+        all[j] = {value[j], check_allowed(tol != nullptr ? tol->dual : 0.0, cost[j], size[j])};
     }
     return all;
 }
@@ -53,12 +89,33 @@ void gradient_split_cones(const model *m, const std::vector<reduced_cost> &d, co
     }
 }
 
+/* A function counts by its tangent at the point: f - grad f * x, and for rows the same times the multiplier. */
+static void add_function_share(const model_functions *f, const solution *sol, exact_sum *sum)
+{
+    int32_t code = ZLR_RES_OK;
+    const function_values *at = functions_at(f, sol->xx.data(), true, &code);
+    if (at == nullptr) {
+        sum->add(std::numeric_limits<double>::quiet_NaN());
+        return;
+    }
+    sum->add(at->objective);
+    for (size_t j = 0; j < sol->xx.size(); j++) sum->add_product(-at->objective_gradient[j], sol->xx[j]);
+    for (size_t k = 0; k < f->row.size(); k++) {
+        const double y = sol->y[static_cast<size_t>(f->row[k])];
+        if (y == 0.0) continue;
+        sum->add_product(-y, at->row[k]);
+        for (auto p = static_cast<size_t>(f->start[k]); p < static_cast<size_t>(f->start[k + 1]); p++)
+            sum->add_product(y * at->gradient[p], sol->xx[static_cast<size_t>(f->col[p])]);
+    }
+}
+
 void gradient_add_dual_share(const model *m, const solution *sol, exact_sum *sum)
 {
     if (!gradient_needs_point(m) || !sol->has_primal) return;
     quad_add_value(m->qobj, sol->xx.data(), -1.0, sum);
     for (const quad_row &q : m->qcon)
         sum->add_product(sol->y[static_cast<size_t>(q.row)], quad_value(q.terms, sol->xx.data()));
+    if (m->functions != nullptr) add_function_share(m->functions.get(), sol, sum);
 }
 
 cone_residuals gradient_check_cone(const model *m, const check_tolerances *tol, const solution *sol, size_t cone)

@@ -1,4 +1,4 @@
-/* gradient.h - what the quadratic parts and cones of a problem add to the check of a solution. See check.h.
+/* gradient.h - what the quadratic parts, functions and cones of a problem add to the check of a solution. See check.h.
  *
  * With the multipliers y the gradient of the Lagrangian is  d = c + Q0 x - sum of y_i (a_i + Qi x); at an optimum
  * d = slx - sux + snx, where snx is in the dual cone of each cone (its negative in a maximisation) and 0 elsewhere. */
@@ -14,7 +14,8 @@ std::vector<reduced_cost> gradient_reduced_costs(const model *m, const check_tol
 void gradient_split_cones(const model *m, const std::vector<reduced_cost> &d, const std::vector<double> &bound_dual,
                           solution *sol);
 
-/* Adds to the dual objective what quadratic parts give to it: half of the sum of y_i x'Qix, less half of x'Q0x. */
+/* Adds to the dual objective what quadratic parts and functions give to it: half of the sum of y_i x'Qix, less half of
+ * x'Q0x; and of functions what their tangents at the point leave at 0. With functions the constant cfix is not in it. */
 void gradient_add_dual_share(const model *m, const solution *sol, exact_sum *sum);
 
 /* The residuals of a cone: how far its members are outside, how far their duals are outside the dual cone, and the product
@@ -27,5 +28,11 @@ struct cone_residuals {
 
 cone_residuals gradient_check_cone(const model *m, const check_tolerances *tol, const solution *sol, size_t cone);
 
+/* False where a function has no gradient at the point. */
+bool gradient_exists(const model *m, const solution *sol);
+
 /* Whether the reduced costs depend on the point. */
-inline bool gradient_needs_point(const model *m) { return !m->qobj.empty() || !m->qcon.empty(); }
+inline bool gradient_needs_point(const model *m)
+{
+    return !m->qobj.empty() || !m->qcon.empty() || m->functions != nullptr;
+}

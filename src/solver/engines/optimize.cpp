@@ -2,6 +2,7 @@
 #include "solver/engines/optimize.h"
 #include "solver/engines/aside.h"
 #include "solver/engines/engines.h"
+#include "solver/engines/local.h"
 #include "solver/engines/machine.h"
 #include "solver/engines/quadratic.h"
 #include "solver/report/clock.h"
@@ -39,6 +40,7 @@ static void begin(optimization *o, ZLR_task *task, const engine_table *table)
     o->watch.deadline_s = o->watch.start_s + limit_s;
     o->is_integer = model_num_int(o->problem.get()) > 0;
     o->is_linear = model_problem_type(o->problem.get()) == ZLR_PROBTYPE_LO;
+    o->wants_local = o->problem->functions != nullptr;
     o->tol = check_tolerances_of(params);
     o->plan = plan_make(table, o->problem.get(), params, &machine);
     o->start = start_of(task);
@@ -250,7 +252,8 @@ static void finish_interior(optimization *o)
 static void note_outcome(optimization *o)
 {
     if (!o->failures.empty()) o->run.remark = o->failures;
-    if (!o->is_settled || o->run.engine.empty() || (o->round < 2 && o->plan.rounds[0].size() < 2)) return;
+    const bool is_race = !o->wants_local && o->plan.rounds[0].size() > 1;
+    if (!o->is_settled || o->run.engine.empty() || (o->round < 2 && !is_race)) return;
     progress_note(&o->watch.table, ("The answer is from " + o->run.engine + ", " + o->run.method + ".").c_str());
 }
 
@@ -291,7 +294,7 @@ static bool look_at_quadratic(optimization *o)
 {
     quadratic_look found;
     const model *m = o->problem.get();
-    if (o->is_linear || !o->plan.refusal.empty() || (m->qobj.empty() && m->qcon.empty())) return true;
+    if (o->is_linear || o->wants_local || !o->plan.refusal.empty() || (m->qobj.empty() && m->qcon.empty())) return true;
     if (!quadratic_look_at(&o->watch, o->problem, m->qcon.empty() ? QUADRATIC_CHECK : QUADRATIC_ROWS, &found))
         return false;
     o->refusal_code = found.code;
@@ -305,10 +308,10 @@ static bool look_at_quadratic(optimization *o)
                                                .c_str());
         return true;
     }
-    streams_write(&o->task->streams, ZLR_STREAM_ERR, found.message.c_str());
-    if (o->refusal_code == ZLR_RES_ERR_NONCONVEX && param_int(&o->task->params, IPAR_NONCONVEX) == NONCONVEX_LOCAL)
-        streams_write(&o->task->streams, ZLR_STREAM_ERR,
-                      "NONCONVEX=LOCAL needs a nonlinear engine, and this version has none.\n");
+    const bool is_local =
+        o->refusal_code == ZLR_RES_ERR_NONCONVEX && param_int(&o->task->params, IPAR_NONCONVEX) == NONCONVEX_LOCAL;
+    streams_write(&o->task->streams, is_local ? ZLR_STREAM_WRN : ZLR_STREAM_ERR, found.message.c_str());
+    if (is_local) o->wants_local = true;
     return true;
 }
 
@@ -329,6 +332,12 @@ int32_t optimize_with(ZLR_task *task, const engine_table *table)
     if (!look_at_quadratic(&o)) {
         code = o.watch.stop_code;
         keep_solutions(&o);
+    } else if (o.wants_local && o.plan.refusal.empty()) {
+        take_start(&o);
+        if (watch_poll(&o.watch, nullptr))
+            code = o.watch.stop_code;
+        else if (!solve_trivial(&o))
+            code = local_optimize(&o);
     } else if (o.refusal_code != ZLR_RES_OK) {
         code = o.refusal_code;
     } else if (!o.plan.refusal.empty()) {

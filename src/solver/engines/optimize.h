@@ -19,7 +19,8 @@ struct optimization {
     conic_map map;                      /* from that form back */
     int32_t refusal_code = ZLR_RES_OK;  /* the problem is not convex */
     bool is_integer = false;
-    bool is_linear = true; /* no quadratic parts, no cones */
+    bool is_linear = true;    /* no quadratic parts, no cones */
+    bool wants_local = false; /* functions, or not convex and taken all the same: see local.h */
     engine_plan plan;
     check_tolerances tol;
     engine_start start;

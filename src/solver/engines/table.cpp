@@ -13,8 +13,10 @@ static constexpr engine_source sources[] = {
      loader_get},
     {"clarabel", "Clarabel",
      "run scripts/install-deps of the source tree, which gets cargo 1.71 or later to build it with", loader_get},
+    {"ipopt", "Ipopt", "run scripts/install-deps of the source tree, or install Ipopt 3.11 or later, and build again",
+     loader_get, true},
 };
-static constexpr engine_table default_table = {&sources[0], &sources[1]};
+static constexpr engine_table default_table = {&sources[0], &sources[1], &sources[2]};
 
 const engine_table *engine_table_default() { return &default_table; }
 
@@ -98,6 +100,7 @@ std::vector<engine_option> plan_options(const engine_source *source, const param
         if (row->param_class == ZLR_PAR_INT) {
             o.integer = param_int(params, row->number);
             o.str = word_of(row->words, o.integer);
+            if (source->hyphens) std::replace(o.str.begin(), o.str.end(), '_', '-');
         }
         if (row->param_class == ZLR_PAR_STR) o.str = param_str(params, row->number);
         options.push_back(std::move(o));
@@ -370,7 +373,9 @@ engine_plan plan_make(const engine_table *table, const model *m, const param_set
     engine_plan plan;
     const int32_t type = model_problem_type(m);
 
-    if (type != ZLR_PROBTYPE_LO && model_num_int(m) > 0) {
+    if (type == ZLR_PROBTYPE_NL && model_num_int(m) == 0) {
+        plan.sought[ZLR_SOL_ITR] = true; /* no rounds: see local.h */
+    } else if (type != ZLR_PROBTYPE_LO && model_num_int(m) > 0) {
         plan.refusal = std::string("The problem has integer columns together with ") + quadratic_part(type) +
                        ", which this version does not solve; -removeitg relaxes them.";
     } else if (type != ZLR_PROBTYPE_LO) {

@@ -13,6 +13,7 @@ struct engine_source {
     const char *title;  /* as users know it */
     const char *advice; /* how to get it */
     const engine_adapter *(*load)(const char *name, std::string *message);
+    bool hyphens = false; /* it spells the words of its options with them, where the library's have underscores */
 };
 
 /* One way to solve: an engine, a method, and options that differ from the user's for this attempt. */
@@ -35,7 +36,8 @@ struct engine_plan {
 
 struct engine_table {
     const engine_source *linear = nullptr;
-    const engine_source *conic = nullptr; /* quadratic and conic problems; null: none */
+    const engine_source *conic = nullptr;  /* quadratic and conic problems; null: none */
+    const engine_source *smooth = nullptr; /* general nonlinear problems, solved locally; null: none */
 };
 
 /* The library's own. */

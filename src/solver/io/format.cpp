@@ -308,6 +308,10 @@ int32_t refuse_write(const io_context *io, const file_format *format, const mode
 int32_t problem_write(const io_context *io, const model *given, int32_t *format)
 {
     model changed;
+    if (given->functions != nullptr)
+        return io_error(io, ZLR_RES_ERR_WRITE_FORMAT, 0,
+                        "the problem has general nonlinear functions, which no format holds; the stub (.nl) that it "
+                        "was read from does");
     const model *m = adjust_to_write(io, given, &changed);
     const int32_t by_name = format_by_name(io->file);
     if (by_name >= 0) *format = by_name;

@@ -54,7 +54,7 @@ static int32_t header_prosta(solution_reader *r, std::string_view value)
 
 static int32_t header_solsta(solution_reader *r, std::string_view value)
 {
-    r->sol.solsta = words_find_solution_status(value);
+    r->sol.solsta = words_find_solution_status(value, &r->sol.is_local);
     return r->sol.solsta >= 0 ? ZLR_RES_OK : solution_found_expected(r, value, "a solution status such as OPTIMAL");
 }
 

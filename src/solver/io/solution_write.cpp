@@ -98,7 +98,7 @@ static void put_header(solution_writer *w)
     put_header_line(w, "rows", std::to_string(w->m->num_con));
     put_header_line(w, "columns", std::to_string(w->m->num_var));
     if (!w->m->cones.empty()) put_header_line(w, "cones", std::to_string(w->m->cones.size()));
-    const char *prosta = words_problem_status(sol->prosta), *solsta = words_solution_status(sol->solsta);
+    const char *prosta = words_problem_status(sol->prosta), *solsta = words_solution_status(sol->solsta, sol->is_local);
     put_header_line(w, "problem_status", prosta != nullptr ? prosta : "UNKNOWN");
     put_header_line(w, "solution_status", solsta != nullptr ? solsta : "UNKNOWN");
     put_objective(w, "primal_objective", sol->primal_obj);

@@ -36,6 +36,7 @@ int32_t model_num_cones(const model *m) { return static_cast<int32_t>(m->cones.s
 
 int32_t model_problem_type(const model *m)
 {
+    if (m->functions != nullptr) return ZLR_PROBTYPE_NL;
     if (!m->cones.empty()) return ZLR_PROBTYPE_CONIC;
     if (!m->qcon.empty()) return ZLR_PROBTYPE_QCQO;
     return m->qobj.empty() ? ZLR_PROBTYPE_LO : ZLR_PROBTYPE_QO;
@@ -199,7 +200,14 @@ double quad_value(const std::vector<quad_term> &terms, const double *x)
 double model_objective(const model *m, const double *x)
 {
     exact_sum sum;
-    sum.add(m->cfix);
+    if (m->functions == nullptr) {
+        sum.add(m->cfix);
+    } else {
+        int32_t code = ZLR_RES_OK;
+        const function_values *at = functions_at(m->functions.get(), x, false, &code);
+        if (at == nullptr) return std::numeric_limits<double>::quiet_NaN();
+        sum.add(at->objective);
+    }
     for (int32_t j = 0; j < m->num_var; ++j) sum.add_product(m->c[static_cast<size_t>(j)], x[j]);
     quad_add_value(m->qobj, x, 1.0, &sum);
     return sum.value();
@@ -216,4 +224,9 @@ void model_activity(const model *m, const double *x, double *activity)
             activity[m->a.row[k]] += m->a.value[k] * x[j];
     }
     for (const quad_row &q : m->qcon) activity[q.row] += quad_value(q.terms, x);
+    if (m->functions == nullptr) return;
+    int32_t code = ZLR_RES_OK;
+    const function_values *at = functions_at(m->functions.get(), x, false, &code);
+    for (size_t k = 0; k < m->functions->row.size(); k++)
+        activity[m->functions->row[k]] += at != nullptr ? at->row[k] : std::numeric_limits<double>::quiet_NaN();
 }

@@ -5,6 +5,9 @@
  *                          var_lower[j] <= x_j <= var_upper[j],  x_j integer where var_type[j] is ZLR_VAR_INT
  *                          the members of each cone, in their order, in it
  *
+ * General nonlinear functions (functions.h) are added to the objective and to rows; with them cfix counts for nothing, as
+ * the objective's function holds the constant.
+ *
  * Invariants, true between calls of the functions below: every array has num_con or num_var entries; `a` is by column,
  * its row numbers are in range and occur once a column, in the order given; bounds that do not exist are -infinity or
  * +infinity (IEEE), never a large number; nothing is NaN. A lower bound may lie above its upper bound: such a problem
@@ -17,11 +20,13 @@
 #pragma once
 
 #include "solver/model/exact_sum.h"
+#include "solver/model/functions.h"
 #include "solver/model/names.h"
 #include "zelor.h"
 
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -67,6 +72,8 @@ struct model {
     std::vector<quad_row> qcon; /* ascending by row, none empty */
     std::vector<model_cone> cones;
 
+    std::shared_ptr<const model_functions> functions; /* general nonlinear parts; null: none */
+
     name_table con_names, var_names;
 };
 
@@ -111,6 +118,7 @@ void quad_add_product(const std::vector<quad_term> &terms, const double *x, doub
 void quad_add_value(const std::vector<quad_term> &terms, const double *x, double factor, exact_sum *sum);
 double quad_value(const std::vector<quad_term> &terms, const double *x);
 
-/* Objective value, exact but for the rounding of the result, and row activities at x. `activity` has num_con entries and may be null. */
+/* Objective value, exact but for the rounding of the result, and row activities at x; NaN where a function has no value.
+ * `activity` has num_con entries and may be null. */
 double model_objective(const model *m, const double *x);
 void model_activity(const model *m, const double *x, double *activity);

@@ -27,6 +27,7 @@ struct solution {
     bool defined = false;
     int32_t prosta = ZLR_PRO_UNKNOWN;
     int32_t solsta = ZLR_SOLSTA_UNKNOWN;
+    bool is_local = false; /* an optimum of its surroundings: nothing is said of the whole problem */
     double primal_obj = 0.0;
     double dual_obj = 0.0; /* integer kind: the bound */
 

@@ -71,7 +71,11 @@ enum {
     DPAR_WRITE_TINY_COEF = 61,
     DPAR_WRITE_SOLUTION_ZERO_TOL = 62,
     DPAR_LOG_DELAY = 63,
-    DPAR_RESERVED_FIRST = 64 /* to the last: for engines to come, refused when set */
+    DPAR_NLP_TOL = 64,
+    DPAR_NLP_ACCEPTABLE_TOL = 65,
+    DPAR_NLP_MU_INIT = 66,
+    DPAR_NLP_BOUND_PUSH = 67,
+    DPAR_RESERVED_FIRST = 68 /* to the last: for engines to come, refused when set */
 };
 
 /* integer */
@@ -235,7 +239,14 @@ enum {
     IPAR_REPORT_THEME = 156,
     IPAR_REPORT_LISTED = 157,
     IPAR_REPORT_MATRIX_CELLS = 158,
-    IPAR_RESERVED_FIRST = 159,                  /* to the one before the last */
+    IPAR_NLP_MAX_ITERATIONS = 159,
+    IPAR_NLP_HESSIAN = 160,
+    IPAR_NLP_MU_STRATEGY = 161,
+    IPAR_NLP_SCALING = 162,
+    IPAR_NLP_WARM_START = 163,
+    IPAR_NLP_MAX_ATTEMPTS = 164,
+    IPAR_NLP_ACCEPTABLE_ITERATIONS = 165,
+    IPAR_RESERVED_FIRST = 166,                  /* to the one before the last */
     IPAR_AMPL_EXTENDED = ZLR_IPAR_AMPL_EXTENDED /* 172 */
 };
 
@@ -259,7 +270,8 @@ enum {
     SPAR_SENSITIVITY_RES_FILE = ZLR_SPAR_SENSITIVITY_RES_FILE, /* 15 */
     SPAR_STAT_FIELDS = 16,
     SPAR_REPORT_TITLE = 17,
-    SPAR_RESERVED_FIRST = 18,              /* and 19 */
+    SPAR_NLP_OPTIONS = 18,
+    SPAR_RESERVED_FIRST = 19,
     SPAR_STAT_LABEL = ZLR_SPAR_STAT_LABEL, /* 20 */
     SPAR_STAT_FILE = 21,
     SPAR_REPORT_FILE = 22,
@@ -268,6 +280,9 @@ enum {
 
 /* Values of NONCONVEX. */
 enum { NONCONVEX_REFUSE = 0, NONCONVEX_LOCAL = 1 };
+
+/* Values of NLP_WARM_START. */
+enum { NLP_WARM_START_OFF = 0, NLP_WARM_START_ON = 1, NLP_WARM_START_AUTO = 2 };
 
 /* Values of OPTIMIZER. */
 enum {

@@ -21,6 +21,7 @@ static const param_group groups[] = {
     {"PDLP_", "First-order method"},
     {"QP_ NONCONVEX", "Quadratic problems"},
     {"CONIC_", "Cones"},
+    {"NLP_", "Nonlinear problems"},
     {"MIP_", "Integer problems"},
     {"DATA_TOL_ BOUND_ READ_ WRITE_", "Data and problem files"},
     {"ANALYZE_", "Analyses of problem and solution"},

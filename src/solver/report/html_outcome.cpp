@@ -116,7 +116,7 @@ static void append_solutions(std::string *page, const ZLR_task *task)
         if (kind == ZLR_SOL_ITG) dual = task->run.best_bound;
         if (reported_has_dual_objective(sol, kind)) dual = sol->dual_obj;
         html_table_row(page,
-                       {words_solution_kind(kind), status_word(words_solution_status(sol->solsta)),
+                       {words_solution_kind(kind), status_word(words_solution_status(sol->solsta, sol->is_local)),
                         status_word(words_problem_status(sol->prosta)), html_number(primal, 16), html_number(dual, 16)},
                        3);
     }

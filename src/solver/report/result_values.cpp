@@ -60,7 +60,7 @@ void result_put_answer(json *result, const ZLR_task *task, int32_t kind)
     static const solution none;
     const solution *sol = kind >= 0 ? &task->sol[kind] : &none;
     (*result)["problem_status"] = result_word(words_problem_status(sol->prosta));
-    (*result)["solution_status"] = result_word(words_solution_status(sol->solsta));
+    (*result)["solution_status"] = result_word(words_solution_status(sol->solsta, sol->is_local));
     (*result)["solution_kind"] = kind >= 0 ? json(words_solution_kind(kind)) : json(nullptr);
     (*result)["primal_objective"] = reported_has_primal_objective(sol) ? result_number(sol->primal_obj) : json(nullptr);
     (*result)["dual_objective"] = reported_has_dual_objective(sol, kind) ? result_number(sol->dual_obj) : json(nullptr);

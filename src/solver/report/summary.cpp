@@ -76,7 +76,8 @@ std::string summary_rows(const model *m)
                         {rows.num[ZLR_BK_LO] + rows.num[ZLR_BK_UP], "one-sided"},
                         {rows.num[ZLR_BK_RA], "ranged"},
                         {rows.num[ZLR_BK_FR], "free"},
-                        {static_cast<int64_t>(m->qcon.size()), "quadratic"}});
+                        {static_cast<int64_t>(m->qcon.size()), "quadratic"},
+                        {m->functions != nullptr ? static_cast<int64_t>(m->functions->row.size()) : 0, "nonlinear"}});
 }
 
 std::string summary_columns(const model *m)
@@ -255,7 +256,7 @@ void summary_solution(const ZLR_task *task, stream_set *out, int32_t stream)
         any = true;
         std::string title = words_solution_kind(kind);
         title[0] = static_cast<char>(title[0] - 'a' + 'A');
-        text_append(&text, "\n%s solution: %s (problem %s)\n", title.c_str(), words_solution_status(sol->solsta),
+        text_append(&text, "\n%s solution: %s (problem %s)\n", title.c_str(), words_solution_status(sol->solsta, sol->is_local),
                     words_problem_status(sol->prosta));
         add_objectives(task, kind, sol, &text);
         if (detail == LOG_SOLUTION_ALL) add_check(task->problem.get(), &sol->check, &text);

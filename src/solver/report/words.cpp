@@ -38,6 +38,12 @@ static const word_row solution_status[] = {
     {ZLR_SOLSTA_NEAR_INTEGER_OPTIMAL, "NEAR_INTEGER_OPTIMAL"},
 };
 
+/* Of optima that are known to be such in their surroundings only. */
+static const word_row local_status[] = {
+    {ZLR_SOLSTA_OPTIMAL, "LOCALLY_OPTIMAL"},
+    {ZLR_SOLSTA_NEAR_OPTIMAL, "NEAR_LOCALLY_OPTIMAL"},
+};
+
 static const word_row status_key[] = {
     {ZLR_SK_UNDEF, "UN"}, {ZLR_SK_BASIC, "BS"}, {ZLR_SK_SUPBAS, "SB"},   {ZLR_SK_LOWER, "LL"},
     {ZLR_SK_UPPER, "UL"}, {ZLR_SK_FIXED, "EQ"}, {ZLR_SK_INFINITE, "IN"},
@@ -87,9 +93,18 @@ template <size_t num> static int32_t number_of(const word_row (&table)[num], std
 }
 
 const char *words_problem_status(int32_t prosta) { return word_of(problem_status, prosta); }
-const char *words_solution_status(int32_t solsta) { return word_of(solution_status, solsta); }
+const char *words_solution_status(int32_t solsta, bool is_local)
+{
+    const char *local = is_local ? word_of(local_status, solsta) : nullptr;
+    return local != nullptr ? local : word_of(solution_status, solsta);
+}
 int32_t words_find_problem_status(std::string_view word) { return number_of(problem_status, word); }
-int32_t words_find_solution_status(std::string_view word) { return number_of(solution_status, word); }
+int32_t words_find_solution_status(std::string_view word, bool *is_local)
+{
+    const int32_t local = number_of(local_status, word);
+    if (is_local != nullptr) *is_local = local >= 0;
+    return local >= 0 ? local : number_of(solution_status, word);
+}
 const char *words_status_key(int32_t key) { return word_of(status_key, key); }
 int32_t words_find_status_key(std::string_view word) { return number_of(status_key, word); }
 const char *words_solution_kind(int32_t kind) { return word_of(solution_kind, kind); }

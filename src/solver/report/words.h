@@ -5,13 +5,14 @@
 
 #include <string_view>
 
-/* Upper case with underscores: "PRIMAL_AND_DUAL_FEASIBLE". Null for an unknown number. */
+/* Upper case with underscores: "PRIMAL_AND_DUAL_FEASIBLE". Null for an unknown number. `is_local`: of a
+ * solution's field of that name. */
 const char *words_problem_status(int32_t prosta);
-const char *words_solution_status(int32_t solsta);
+const char *words_solution_status(int32_t solsta, bool is_local = false);
 
 /* Numbers of words, without regard to case; -1 for an unknown word. */
 int32_t words_find_problem_status(std::string_view word);
-int32_t words_find_solution_status(std::string_view word);
+int32_t words_find_solution_status(std::string_view word, bool *is_local = nullptr);
 
 /* Two letters for a status key, and back (-1: unknown):
  * UN undefined, BS basic, SB superbasic, LL at lower, UL at upper, EQ fixed, IN infinite. */

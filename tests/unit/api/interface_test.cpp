@@ -242,14 +242,6 @@ TEST_F(interface, names_are_cut_to_the_buffer_and_generated_where_absent)
     EXPECT_EQ(ZLR_getvarname(task, 0, 0, text), ZLR_RES_ERR_ARGUMENT);
 }
 
-TEST_F(interface, absent_entries_say_so_and_return_their_code)
-{
-    std::string err;
-    ASSERT_EQ(ZLR_linkfunctotaskstream(task, ZLR_STREAM_ERR, &err, collect), 0);
-    EXPECT_EQ(ZLR_putnlfunc(task, nullptr, nullptr, nullptr), ZLR_RES_ERR_NOT_AVAILABLE);
-    EXPECT_NE(err.find("is not available in this version"), std::string::npos);
-}
-
 /* ---- conic form */
 
 TEST_F(interface, conic_form_appends_and_tells)

@@ -1,0 +1,436 @@
+/* local.cpp - see local.h: the attempts, and what comes of them. */
+#include "solver/engines/local.h"
+
+#include "solver/engines/gradient.h"
+#include "solver/engines/local_watch.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <new>
+#include <random>
+
+/* One way to try. */
+struct local_attempt {
+    const char *what; /* for the log, behind the method's name */
+    std::vector<engine_option> extra;
+    bool is_warm = false;      /* from multipliers as well */
+    bool is_perturbed = false; /* from somewhere near the start */
+    bool has_ranges = false;   /* equations are taken as narrow ranges */
+};
+
+static engine_option number_option(const char *name, double value)
+{
+    engine_option o;
+    o.name = name;
+    o.param_class = ZLR_PAR_DOUBLE;
+    o.dou = value;
+    return o;
+}
+
+static engine_option word_option(const char *name, const char *word)
+{
+    engine_option o;
+    o.name = name;
+    o.param_class = ZLR_PAR_INT;
+    o.str = word;
+    return o;
+}
+
+/* From the measured settings: what helps a solve that has started badly is above all another path to the solution. */
+static std::vector<local_attempt> attempts_of(const param_set *params, bool has_warm)
+{
+    std::vector<local_attempt> all;
+    if (has_warm) {
+        local_attempt warm = {" from the multipliers of the start", {}, true};
+        for (const char *name : {"warm_start_bound_push", "warm_start_slack_bound_push", "warm_start_mult_bound_push"})
+            warm.extra.push_back(number_option(name, 1e-8));
+        if (param_is_default(params, param_find(ZLR_PAR_DOUBLE, DPAR_NLP_MU_INIT)))
+            warm.extra.push_back(number_option("mu_init", 1e-7));
+        all.push_back(std::move(warm));
+    }
+    const bool is_adaptive = param_int(params, IPAR_NLP_MU_STRATEGY) != 0;
+    const bool is_scaled = param_int(params, IPAR_NLP_SCALING) != 0;
+    all.push_back({"", {}});
+    all.push_back(
+        {" from further within the bounds", {number_option("bound_push", 1.0), number_option("bound_frac", 0.5)}});
+    all.push_back({is_adaptive ? " with a monotone barrier" : " with an adaptive barrier",
+                   {word_option("mu_strategy", is_adaptive ? "monotone" : "adaptive")}});
+    all.push_back({is_scaled ? " without scaling" : " with scaling",
+                   {word_option("nlp_scaling_method", is_scaled ? "none" : "gradient-based")}});
+    local_attempt perturbed = {" from a perturbed start", {}};
+    perturbed.is_perturbed = true;
+    all.push_back(std::move(perturbed));
+    const int32_t most = param_int(params, IPAR_NLP_MAX_ATTEMPTS);
+    if (most > 0 && all.size() > static_cast<size_t>(most)) all.resize(static_cast<size_t>(most));
+    return all;
+}
+
+/* ---- the start */
+
+/* The given start, or the point next to 0, within the bounds. */
+static std::vector<double> point_of(const optimization *o)
+{
+    const model *m = o->problem.get();
+    std::vector<double> x = o->start.x;
+    x.resize(static_cast<size_t>(m->num_var), 0.0);
+    for (size_t j = 0; j < x.size(); j++) x[j] = std::min(std::max(x[j], m->var_lower[j]), m->var_upper[j]);
+    return x;
+}
+
+/* Every column moves by up to a tenth of its size, and stays within its bounds. */
+static void perturb(const optimization *o, std::vector<double> *x)
+{
+    const model *m = o->problem.get();
+    std::mt19937 random(static_cast<uint32_t>(param_int(&o->task->params, IPAR_RANDOM_SEED)) + 1u);
+    std::uniform_real_distribution<double> share(-0.1, 0.1);
+    for (size_t j = 0; j < x->size(); j++) {
+        (*x)[j] += share(random) * std::max(1.0, std::fabs((*x)[j]));
+        (*x)[j] = std::min(std::max((*x)[j], m->var_lower[j]), m->var_upper[j]);
+    }
+}
+
+/* The engine's multipliers from the library's; see smooth.h and zelor.h for the signs. */
+static void multipliers_of(const optimization *o, double sign, smooth_start *start)
+{
+    solution at;
+    solution_reset(&at, o->problem->num_con, o->problem->num_var);
+    at.xx = start->x;
+    at.y = o->start.y;
+    at.has_primal = at.has_dual = true;
+    if (!gradient_exists(o->problem.get(), &at)) return;
+    for (const double y : at.y) start->lambda.push_back(-sign * y);
+    for (const reduced_cost &d : gradient_reduced_costs(o->problem.get(), nullptr, &at)) {
+        start->z_lower.push_back(std::max(0.0, sign * d.value));
+        start->z_upper.push_back(std::max(0.0, -sign * d.value));
+    }
+}
+
+/* Multipliers of a start serve where the point is near an optimum already; far from it they mislead. */
+static bool has_warm_start(const optimization *o)
+{
+    constexpr double near = 1e4; /* times the tolerances */
+    const int32_t wanted = param_int(&o->task->params, IPAR_NLP_WARM_START);
+    const model *m = o->problem.get();
+    if (wanted == NLP_WARM_START_OFF || o->start.x.size() != static_cast<size_t>(m->num_var) ||
+        o->start.y.size() != static_cast<size_t>(m->num_con))
+        return false;
+    if (wanted == NLP_WARM_START_ON) return true;
+    engine_answer given;
+    solution sol;
+    given.x = o->start.x;
+    given.y = o->start.y;
+    const check_result found = answer_to_solution(m, &o->tol, &given, ZLR_SOL_ITR, &sol);
+    return m->num_con > 0 && found.primal <= near && found.dual <= near;
+}
+
+/* ---- an attempt */
+
+/* "name=value" pairs with blanks or commas between. */
+static std::vector<engine_option> options_of_text(const char *text)
+{
+    std::vector<engine_option> all;
+    for (const char *c = text; *c != '\0';) {
+        const size_t length = std::strcspn(c, " ,");
+        const std::string pair(c, length);
+        const size_t equal = pair.find('=');
+        c += length + (c[length] != '\0' ? 1 : 0);
+        if (pair.empty()) continue;
+        engine_option o;
+        o.name = pair.substr(0, equal);
+        o.param_class = ZLR_PAR_STR; /* the engine takes the text for what the option is */
+        o.str = equal == std::string::npos ? "" : pair.substr(equal + 1);
+        all.push_back(std::move(o));
+    }
+    return all;
+}
+
+static std::vector<engine_option> options_of(const optimization *o, const local_attempt *attempt)
+{
+    const param_set *params = &o->task->params;
+    std::vector<engine_option> all = plan_options(o->table->smooth, params);
+    all.insert(all.end(), attempt->extra.begin(), attempt->extra.end());
+    for (engine_option &option : options_of_text(param_str(params, SPAR_NLP_OPTIONS))) all.push_back(std::move(option));
+    return all;
+}
+
+/* Equations as ranges far narrower than the tolerance. */
+static void open_equations(smooth_problem *problem)
+{
+    constexpr double half_width = 1e-8;
+    for (size_t i = 0; i < problem->con_lower.size(); i++) {
+        if (problem->con_lower[i] != problem->con_upper[i]) continue;
+        const double half = half_width * std::max(1.0, std::fabs(problem->con_lower[i]));
+        problem->con_lower[i] -= half;
+        problem->con_upper[i] += half;
+    }
+}
+
+static engine_answer answer_of(const local_watch *w, const smooth_answer *a)
+{
+    const double sign = w->form.sign;
+    engine_answer answer;
+    answer.status = a->end == SMOOTH_SOLVED ? ENGINE_OPTIMAL : ENGINE_UNKNOWN;
+    answer.message = a->message;
+    answer.ipm_iterations = a->iterations;
+    answer.x = a->x;
+    if (a->end == SMOOTH_SQUARE_SOLVED) { /* multipliers were not looked for, and most such problems need none */
+        answer.y.assign(a->lambda.size(), 0.0);
+        return answer;
+    }
+    for (const double lambda : a->lambda) answer.y.push_back(-sign * lambda);
+    for (size_t j = 0; j < a->z_lower.size(); j++) answer.reduced.push_back(sign * (a->z_lower[j] - a->z_upper[j]));
+    return answer;
+}
+
+/* Takes a point where it is better than the one there is: by status, feasible ones by the objective, others by how far they
+ * are off. Returns what keeps it from being optimal; empty: it is. */
+static std::string take_point(optimization *o, const engine_answer *answer, const run_entry *who)
+{
+    const model *m = o->problem.get();
+    solution *best = &o->best[ZLR_SOL_ITR];
+    solution sol;
+    const check_result found = answer_to_solution(m, &o->tol, answer, ZLR_SOL_ITR, &sol);
+    if (o->run.engine.empty()) judge_credit(o, who);
+    if (!sol.defined || !sol.has_primal) return "it has no point";
+    const std::string complaint = sol.solsta == ZLR_SOLSTA_OPTIMAL ? "" : answer_complaint(m, &found, &sol);
+    const int32_t rank = check_rank(sol.solsta), best_rank = check_rank(best->solsta);
+    const double sign = m->sense == ZLR_SENSE_MAX ? -1.0 : 1.0;
+    bool is_better = !best->defined || !best->has_primal || rank < best_rank;
+    if (!is_better && rank == best_rank)
+        is_better = found.primal <= 1.0 ? sign * sol.primal_obj < sign * best->primal_obj
+                                        : found.primal < o->best_ratio[ZLR_SOL_ITR];
+    if (!is_better) return complaint;
+    *best = std::move(sol);
+    o->best_ratio[ZLR_SOL_ITR] = found.primal;
+    judge_credit(o, who);
+    return complaint;
+}
+
+/* What an end means, for the log; empty: nothing to tell. */
+static const char *end_text(smooth_end end)
+{
+    switch (end) {
+    case SMOOTH_ACCEPTABLE: return "ended at an acceptable point, short of the tolerance";
+    case SMOOTH_LOCALLY_INFEASIBLE:
+        return "ended where the violation is least nearby; that is no proof that the problem is infeasible";
+    case SMOOTH_DIVERGING: return "the columns grow without end; the problem may be unbounded";
+    case SMOOTH_SMALL_STEPS: return "ended as its steps became too small";
+    case SMOOTH_RESTORATION_FAILED: return "ended as it found no way back to a feasible point";
+    case SMOOTH_STEP_FAILED: return "ended as it could not compute a step";
+    case SMOOTH_NO_VALUE: return "ended where a function or derivative has no value";
+    case SMOOTH_TOO_FEW_COLUMNS: return "does not take more equations than columns";
+    case SMOOTH_MEMORY: return "ended without memory";
+    case SMOOTH_REFUSED: return "refused";
+    case SMOOTH_FAILED: return "failed";
+    default: return "";
+    }
+}
+
+static smooth_end try_once(local_watch *w, const engine_adapter *adapter, const local_attempt *attempt)
+{
+    optimization *o = w->o;
+    smooth_start start;
+    smooth_answer answer;
+    run_entry who;
+
+    start.x = point_of(o);
+    if (attempt->is_warm) multipliers_of(o, w->form.sign, &start);
+    if (attempt->is_perturbed) perturb(o, &start.x);
+    smooth_problem opened;
+    if (attempt->has_ranges) {
+        opened = w->form.problem;
+        open_equations(&opened);
+    }
+    const smooth_calls calls = local_calls(w);
+    adapter->solve_smooth(attempt->has_ranges ? &opened : &w->form.problem, &calls, options_of(o, attempt), &start,
+                          &answer);
+    w->iterations += answer.iterations;
+
+    who.step.source = o->table->smooth;
+    who.step.method = METHOD_INTPNT;
+    who.step.what = attempt->what;
+    who.engine = std::string(adapter->name) + " " + adapter->version();
+    who.answer = answer_of(w, &answer);
+    o->any_engine = true;
+    o->any_answer = o->any_answer || (answer.end != SMOOTH_REFUSED && answer.end != SMOOTH_FAILED);
+    const std::string complaint = take_point(o, &who.answer, &who);
+    if (o->watch.stop_code != ZLR_RES_OK) return SMOOTH_STOPPED;
+    std::string text = end_text(answer.end);
+    if (!answer.message.empty()) text += (text.empty() ? "" : ": ") + answer.message;
+    if (answer.end == SMOOTH_SOLVED && !complaint.empty()) text = "the answer does not pass the check: " + complaint;
+    if (!text.empty()) judge_failure(o, who.engine + ", " + plan_method_name(METHOD_INTPNT) + attempt->what, text);
+    if (answer.end == SMOOTH_SQUARE_SOLVED && !complaint.empty()) o->start.x = answer.x;
+    return answer.end;
+}
+
+/* ---- the outcome */
+
+/* The function that has no value, and the point: its columns, or the first of them. */
+static void tell_failure(const local_watch *w)
+{
+    constexpr size_t most = 10;
+    const model *m = w->o->problem.get();
+    const model_functions *f = m->functions.get();
+    const local_failure *failure = &w->failure;
+    if (f == nullptr || failure->x.empty()) return;
+    const int32_t row = functions_find_failure(f, failure->x.data());
+    std::vector<int32_t> columns = f->objective_col;
+    std::string text = row == -1 ? "The objective" : row < 0 ? "A function" : "Row ";
+    if (row >= 0) {
+        const auto k = static_cast<size_t>(std::find(f->row.begin(), f->row.end(), row) - f->row.begin());
+        text += names_shown(&m->con_names, row, 'c');
+        columns.assign(f->col.begin() + f->start[k], f->col.begin() + f->start[k + 1]);
+    }
+    text += std::string(" has no ") + (row == -2 ? failure->what : "value") + " at";
+    for (size_t k = 0; k < columns.size() && k < most; k++)
+        text += text_format("%s %s = %.10g", k == 0 ? "" : ",", names_shown(&m->var_names, columns[k], 'x').c_str(),
+                            failure->x[static_cast<size_t>(columns[k])]);
+    if (columns.empty()) text += " the point that was tried";
+    if (columns.size() > most) text += " ...";
+    streams_printf(&w->o->task->streams, ZLR_STREAM_ERR, "%s\n", text.c_str());
+}
+
+static bool is_feasible(const optimization *o)
+{
+    return o->best[ZLR_SOL_ITR].defined && o->best_ratio[ZLR_SOL_ITR] <= 1.0;
+}
+
+/* `first` is how the first attempt without multipliers ended: the later ones had other starts and settings. */
+static int32_t code_of_end(optimization *o, const local_watch *w, smooth_end first)
+{
+    const int32_t solsta = o->best[ZLR_SOL_ITR].solsta;
+    if (solsta == ZLR_SOLSTA_OPTIMAL) return ZLR_RES_OK;
+    if (o->watch.stop_code != ZLR_RES_OK) return o->watch.stop_code;
+    if (o->limit_code != ZLR_RES_OK) return o->limit_code;
+    if (solsta == ZLR_SOLSTA_NEAR_OPTIMAL) return ZLR_RES_OK;
+    switch (first) {
+    case SMOOTH_DIVERGING: return ZLR_RES_TRM_DIVERGING;
+    case SMOOTH_LOCALLY_INFEASIBLE: return is_feasible(o) ? ZLR_RES_TRM_STALL : ZLR_RES_TRM_LOCAL_INFEASIBLE;
+    case SMOOTH_NO_VALUE:
+        tell_failure(w);
+        return w->failure.code != ZLR_RES_OK ? w->failure.code : ZLR_RES_ERR_NL_EVALUATION;
+    default: break;
+    }
+    if (!o->any_answer) {
+        streams_printf(&o->task->streams, ZLR_STREAM_ERR, "Every attempt has failed: %s\n", o->failures.c_str());
+        return ZLR_RES_ERR_ENGINE;
+    }
+    return ZLR_RES_TRM_STALL;
+}
+
+static bool is_last_word(const optimization *o, smooth_end end)
+{
+    if (o->best[ZLR_SOL_ITR].solsta == ZLR_SOLSTA_OPTIMAL || o->watch.stop_code != ZLR_RES_OK) return true;
+    return end == SMOOTH_REFUSED || (end == SMOOTH_DIVERGING && is_feasible(o));
+}
+
+static int32_t limit_of(smooth_end end)
+{
+    if (end == SMOOTH_ITERATION_LIMIT) return ZLR_RES_TRM_MAX_ITERATIONS;
+    return end == SMOOTH_MEMORY ? ZLR_RES_TRM_MEMORY : ZLR_RES_OK;
+}
+
+/* The points of all attempts together: what none of them has ended with may be the best. */
+static void take_best_seen(optimization *o, const local_watch *w)
+{
+    run_entry who;
+    if (w->best.x.empty() || o->best[ZLR_SOL_ITR].solsta == ZLR_SOLSTA_OPTIMAL) return;
+    who.step.source = o->table->smooth;
+    who.step.method = METHOD_INTPNT;
+    who.engine = o->run.engine;
+    who.answer.x = w->best.x;
+    who.answer.ipm_iterations = w->iterations;
+    (void)take_point(o, &who.answer, &who);
+}
+
+static smooth_end run_attempts(local_watch *w, const engine_adapter *adapter)
+{
+    optimization *o = w->o;
+    smooth_end first = SMOOTH_FAILED;
+    bool has_first = false, is_open = false;
+    for (local_attempt &attempt : attempts_of(&o->task->params, has_warm_start(o))) {
+        attempt.has_ranges = is_open;
+        progress_note(&o->watch.table,
+                      (std::string(o->round == 0 ? "Solving with " : "Trying ") + o->table->smooth->title + ": " +
+                       plan_method_name(METHOD_INTPNT) + attempt.what + (o->round == 0 ? ", for a local solution" : ""))
+                          .c_str());
+        o->round++;
+        smooth_end end = try_once(w, adapter, &attempt);
+        /* The engine takes no more equations than columns, and of as many looks for a feasible point alone. */
+        const bool is_square = end == SMOOTH_SQUARE_SOLVED && o->best[ZLR_SOL_ITR].solsta != ZLR_SOLSTA_OPTIMAL;
+        if ((end == SMOOTH_TOO_FEW_COLUMNS || is_square) && !is_open) {
+            is_open = attempt.has_ranges = true;
+            end = try_once(w, adapter, &attempt);
+        }
+        if (!has_first || attempt.what[0] == '\0') first = end;
+        has_first = true;
+        o->limit_code = limit_of(end);
+        if (is_last_word(o, end) || o->limit_code != ZLR_RES_OK) break;
+    }
+    return first;
+}
+
+/* Sizes that have changed since the program gave its functions change their structure too. */
+static int32_t learn_again(optimization *o)
+{
+    const model *m = o->problem.get();
+    if (m->functions == nullptr || (m->functions->num_con == m->num_con && m->functions->num_var == m->num_var))
+        return ZLR_RES_OK;
+    std::string complaint;
+    auto fresh = std::make_shared<model_functions>(*m->functions);
+    const int32_t res = functions_learn(m->num_con, m->num_var, fresh.get(), &complaint);
+    if (res != ZLR_RES_OK) {
+        streams_printf(&o->task->streams, ZLR_STREAM_ERR, "Nonlinear functions: %s\n", complaint.c_str());
+        return res;
+    }
+    task_own_problem(o->task)->functions = std::move(fresh);
+    o->problem = o->given = o->task->problem;
+    return ZLR_RES_OK;
+}
+
+static int32_t refuse(optimization *o, int32_t code, const std::string &text)
+{
+    streams_printf(&o->task->streams, ZLR_STREAM_ERR, "%s\n", text.c_str());
+    return code;
+}
+
+/* A user who lets the engine be less exact must not be told that its answer fails. */
+static void loosen_check(optimization *o)
+{
+    const double tolerance = param_dou(&o->task->params, DPAR_NLP_TOL);
+    o->tol.dual = std::max(o->tol.dual, tolerance);
+    o->tol.gap = std::max(o->tol.gap, tolerance);
+    o->tol.primal = std::max(o->tol.primal, tolerance);
+}
+
+int32_t local_optimize(optimization *o)
+{
+    const engine_source *source = o->table->smooth;
+    std::string message;
+
+    if (!o->problem->cones.empty())
+        return refuse(o, ZLR_RES_ERR_NO_ENGINE,
+                      "The problem has cones together with general nonlinear functions, which no engine takes.");
+    if (source == nullptr)
+        return refuse(o, ZLR_RES_ERR_NO_ENGINE, "The problem needs a nonlinear engine, and there is none.");
+    const engine_adapter *adapter = source->load(source->name, &message);
+    if (adapter == nullptr || adapter->solve_smooth == nullptr)
+        return refuse(o, ZLR_RES_ERR_NO_ENGINE,
+                      std::string(source->title) + " cannot be loaded: " + message + ". To get it: " + source->advice +
+                          ".");
+    const int32_t res = learn_again(o);
+    if (res != ZLR_RES_OK) return res;
+
+    local_watch w;
+    w.o = o;
+    loosen_check(o);
+    smooth_form_make(o->problem.get(), &w.form);
+    const smooth_end first = run_attempts(&w, adapter);
+    take_best_seen(o, &w);
+    solution *best = &o->best[ZLR_SOL_ITR];
+    best->is_local = !w.form.problem.hes_row.empty();
+    const int32_t code = code_of_end(o, &w, first);
+    o->is_settled = code == ZLR_RES_OK;
+    return code;
+}
