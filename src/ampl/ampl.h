@@ -5,6 +5,9 @@
  *   read_model.cpp   the read of a stub and the tests of what it holds
  *   stub_check.cpp   the look through a stub before it is read, with stub_header.cpp, stub_expression.cpp, stub_reader.cpp
  *   guard.cpp        calls of the AMPL Solver Library that could end the process
+ *   nonlinear.cpp    the second read of a nonlinear stub, as one that can be evaluated
+ *   callbacks.cpp    what the optimiser asks of the structure of a nonlinear model
+ *   evaluate.cpp     and of its values
  *   names.cpp        names, suffixes
  *   cones.cpp        cones by the suffix "cone"
  *   keywords.cpp     the settings of zelor_options, and where the log goes
@@ -50,6 +53,7 @@ struct ampl_data {
     double *work;         /* 2 n_var: gradients, and a dense column map that is all zero between uses */
     double *ow;           /* n_obj objective weights */
     double *y;            /* n_con multipliers, as the evaluator wants them */
+    int32_t vague_point;  /* number of the last point (nxval) at which a common expression has no derivative */
     int32_t sensitivity;  /* not 0: sensitivity was asked for */
     primal_sens primalsens;
     dual_sens dualsens;
@@ -65,6 +69,9 @@ template <class value_type> [[nodiscard]] int32_t ampl_calloc(ZLR_task *task, in
     *out = static_cast<value_type *>(ZLR_calloctask(task, static_cast<uint64_t>(num), sizeof(value_type)));
     return *out == nullptr && num > 0 ? ZLR_RES_ERR_SPACE : ZLR_RES_OK;
 }
+
+/* Columns that take part in nonlinear terms: they come first. */
+inline int32_t ampl_nonlinear_columns(const ASL *asl) { return std::max(nlvc, nlvo); }
 
 /* Releases and forgets. */
 template <class value_type> void ampl_free(ZLR_task *task, value_type **block)
@@ -119,13 +126,38 @@ void stub_model_free(ZLR_task *task, stub_model *model);
 /* Gives the stub object the name that jac0dim would, for the .sol file of a stub that is not opened. */
 void ampl_name_stub(ASL *asl, const char *name);
 
-/* qp_read of the open file, which is closed where that goes well. ZLR_RES_ERR_AMPL_STUB: it is damaged, or it needs what is not
- * there: `said` has the line or the function's name. */
+/* qp_read or, by the kind of the stub object, pfgh_read of the open file, which is closed where that goes well.
+ * ZLR_RES_ERR_AMPL_STUB: it is damaged, or it needs what is not there: `said` has the line or the function's name. */
 [[nodiscard]] int32_t ampl_read_stub(ASL *asl, FILE *file, ampl_data *adat);
 
 /* nqpcheck: the count of entries of the quadratic part of an objective (co is its number) or a row (-1 less its number),
  * negative where it is not quadratic. The arrays stay with the stub object. */
 [[nodiscard]] int32_t ampl_quadratic_part(ASL *asl, int32_t co, fint **row, fint **start, real **value);
+
+/* Takes `steps` of an evaluation. ZLR_RES_ERR_NL_EVALUATION where the library would have ended the process: the stub object
+ * is then as before, but that it knows no point. Steps that call what has no error word point err_jmp to where err_jmp1
+ * points for that while, so that nothing is printed. */
+[[nodiscard]] int32_t ampl_evaluate(ASL *asl, int32_t (*steps)(void *handle), void *handle);
+
+/* ---- nonlinear.cpp ---- */
+
+/* Replaces the stub object by one that can be evaluated, read from the stub of that name, and installs the callbacks. */
+struct stub_suffixes;
+[[nodiscard]] int32_t ampl_put_nonlinear(ampl_data *adat, ASL **stub, const Option_Info *options, const char *name,
+                                         stub_suffixes *suffixes);
+
+/* ---- callbacks.cpp, evaluate.cpp: see ZLR_putnlfunc; the handle is the job ---- */
+
+extern "C" {
+int32_t ZLR_nlgetspfunc(void *handle, int32_t *numgrdobjnz, int32_t *grdobjsub, int32_t i, int32_t *convali,
+                        int32_t *grdconinz, int32_t *grdconisub, int32_t yo, int32_t numycnz, const int32_t *ycsub,
+                        int32_t maxnumhesnz, int32_t *numhesnz, int32_t *hessubi, int32_t *hessubj);
+int32_t ZLR_nlgetvafunc(void *handle, const double *xx, double yo, const double *yc, double *objective,
+                        int32_t *numgrdobjnz, int32_t *grdobjsub, double *grdobjval, int32_t numi, const int32_t *subi,
+                        double *rows, const int32_t *grdconptrb, const int32_t *grdconptre, const int32_t *grdconsub,
+                        double *grdconval, double *grdlag, int32_t maxnumhesnz, int32_t *numhesnz, int32_t *hessubi,
+                        int32_t *hessubj, double *hesval);
+}
 
 /* ---- names.cpp ---- */
 
@@ -137,7 +169,8 @@ struct stub_suffixes {
     int *status; /* n_var + n_con, M1alloc, zeroed */
     SufDesc *varstatus, *constatus;
 };
-[[nodiscard]] int32_t ampl_declare_suffixes(ASL *asl, const ampl_data *adat, stub_suffixes *suffixes);
+[[nodiscard]] int32_t ampl_declare_suffixes(ASL *asl, const ampl_data *adat, int32_t num_var, int32_t num_con,
+                                            stub_suffixes *suffixes);
 
 /* ---- cones.cpp ---- */
 

@@ -63,7 +63,8 @@ static int32_t read_guarded(ASL *asl, FILE *file)
         asl->i.err_jmp1_ = nullptr;
         return ZLR_RES_ERR_AMPL_STUB;
     }
-    const int code = qp_read(file, ASL_return_read_err);
+    const bool is_evaluated = asl->i.ASLtype == ASL_read_pfgh;
+    const int code = is_evaluated ? pfgh_read(file, ASL_return_read_err) : qp_read(file, ASL_return_read_err);
     asl->i.err_jmp1_ = nullptr;
     return code == ASL_readerr_none ? ZLR_RES_OK : ZLR_RES_ERR_AMPL_STUB;
 }
@@ -114,4 +115,38 @@ int32_t ampl_quadratic_part(ASL *asl, int32_t co, fint **row, fint **start, real
     if (sigsetjmp(quadratic_back, 1) == 0) num = nqpcheck(co, row, start, value);
     (void)sigaction(SIGSEGV, &before, nullptr);
     return num;
+}
+
+/* ---- Evaluation ---- */
+
+/* Common expressions are evaluated when a point is taken: after a failure there the library holds the point for known, and
+ * would give values of the point before. It is made to look at the next point afresh. */
+static void forget_point(ASL *asl)
+{
+    x0kind = ASL_first_x;
+    asl->i.x_known = 0;
+    cv_index = 0;
+}
+
+int32_t ampl_evaluate(ASL *asl, int32_t (*steps)(void *handle), void *handle)
+{
+    Jmp_buf back;
+    const int first = n_conjac[0];
+    const int end = n_conjac[1];
+    const int mode = asl->i.congrd_mode;
+    err_jmp = nullptr; /* failures come back in error words */
+    err_jmp1 = &back;
+    int32_t res = ZLR_RES_ERR_NL_EVALUATION;
+    if (setjmp(back.jb) == 0) {  // NOLINT(cert-err52-cpp)
+        res = steps(handle);
+    } else {
+        forget_point(asl);
+        n_conjac[0] = first;
+        n_conjac[1] = end;
+        asl->i.congrd_mode = mode;
+        res = ZLR_RES_ERR_NL_EVALUATION;
+    }
+    err_jmp = nullptr;
+    err_jmp1 = nullptr;
+    return res;
 }

@@ -43,15 +43,16 @@ static SufDecl suffix_table[] = {
 };
 static constexpr int32_t num_suffixes = sizeof suffix_table / sizeof suffix_table[0];
 
-int32_t ampl_declare_suffixes(ASL *asl, const ampl_data *adat, stub_suffixes *suffixes)
+int32_t ampl_declare_suffixes(ASL *asl, const ampl_data *adat, int32_t num_var, int32_t num_con,
+                              stub_suffixes *suffixes)
 {
-    const auto num = static_cast<size_t>(n_var) + static_cast<size_t>(n_con);
+    const auto num = static_cast<size_t>(num_var) + static_cast<size_t>(num_con);
     suffixes->status = static_cast<int *>(M1alloc(std::max<size_t>(num, 1) * sizeof(int)));
     if (suffixes->status == nullptr) return ZLR_RES_ERR_SPACE;
     std::fill_n(suffixes->status, num, 0); /* the library does not clear what it hands out */
     suf_declare(suffix_table, adat->extended ? num_suffixes : num_suffixes - 1);
     suffixes->varstatus = suf_iput(sstatus, ASL_Sufkind_var, suffixes->status);
-    suffixes->constatus = suf_iput(sstatus, ASL_Sufkind_con, suffixes->status + n_var);
+    suffixes->constatus = suf_iput(sstatus, ASL_Sufkind_con, suffixes->status + num_var);
     /* Accepted, and handed to no one. */
     (void)suf_get(priority, ASL_Sufkind_var);
     (void)suf_get(direction, ASL_Sufkind_var);

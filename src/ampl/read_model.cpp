@@ -4,8 +4,6 @@
 /* Bounds of this size do not exist for the tests of quadratic and nonlinear rows, whatever the parameter says: kept. */
 static constexpr double endless = 1e16;
 
-static int32_t nonlinear_columns(const ASL *asl) { return std::max(nlvc, nlvo); }
-
 void stub_model_free(ZLR_task *task, stub_model *model)
 {
     for (int32_t k = 0; k < model->num_quad; ++k) {
@@ -56,7 +54,7 @@ static int32_t read_objective(ASL *asl, int32_t objno, stub_model *model)
 {
     if (n_obj == 0 || objno < 0) return ZLR_RES_OK;
     if (objno >= n_obj) return ZLR_RES_ERR_INDEX;
-    const int32_t nlmax = nonlinear_columns(asl);
+    const int32_t nlmax = ampl_nonlinear_columns(asl);
     for (const ograd *og = Ograd[objno]; og != nullptr; og = og->next)
         if (og->varno >= nlmax) model->c[og->varno] = og->coef;
     model->maximise = objtype[objno] == 1;
@@ -139,7 +137,7 @@ static int32_t find_quads(ZLR_task *task, ASL *asl, int32_t objno, stub_model *m
 /* The check of the quadratic parts has left the linear ones in the lists: they are taken again. */
 static void read_linear_objective(ASL *asl, int32_t objno, stub_model *model)
 {
-    const int32_t nlmax = nonlinear_columns(asl);
+    const int32_t nlmax = ampl_nonlinear_columns(asl);
     if (!model->nonlinear && objno >= 0 && objno < n_obj) {
         for (const ograd *og = Ograd[objno]; og != nullptr; og = og->next) model->c[og->varno] = og->coef;
         model->cfix = objconst(objno);

@@ -18,7 +18,13 @@ static constexpr int32_t num_operators = 83;
 
 /* Operators that take texts: a choice between texts, and the count of a text. The two powers are forms that the library
  * makes while it reads; in a stub they would lack an operand. */
-enum { OPERATOR_COUNT_TEXT = 61, OPERATOR_IF_TEXT = 65, OPERATOR_POWER_OF = 76, OPERATOR_POWER_TO = 78 };
+enum {
+    OPERATOR_QUOTIENT = 55,
+    OPERATOR_COUNT_TEXT = 61,
+    OPERATOR_IF_TEXT = 65,
+    OPERATOR_POWER_OF = 76,
+    OPERATOR_POWER_TO = 78
+};
 
 /* A count of operands: at least `least`, and no more than there are bytes left. */
 template <bool binary> static bool take_operands(stub_reader *r, int32_t least, int32_t *num)
@@ -75,11 +81,21 @@ template <bool binary> static bool take_text(stub_reader *r)
     return stub_begin_line<binary>(r, "the end of a text"); /* a text's own line ends may have emptied the block */
 }
 
+/* Whole quotient, precision, rounding, truncation: the library reads them, and follows a null pointer when it evaluates
+ * them. Null: it is none of these. */
+static const char *broken_operator(int32_t code)
+{
+    static const char *const names[] = {"div", "precision", "round", "trunc"};
+    return code >= OPERATOR_QUOTIENT && code < OPERATOR_QUOTIENT + 4 ? names[code - OPERATOR_QUOTIENT] : nullptr;
+}
+
 /* What an operator works on; 0: nothing is to follow. */
 template <bool binary> static bool take_operator(stub_reader *r, int32_t *num, bool *takes_text)
 {
     int32_t code = 0;
     if (!stub_take_number<binary>(r, "an operator", 0, num_operators - 1, &code)) return false;
+    if (const char *name = broken_operator(code); name != nullptr)
+        return stub_fault(r, "operator %d (%s) cannot be evaluated", code, name);
     *takes_text = code == OPERATOR_IF_TEXT || code == OPERATOR_COUNT_TEXT;
     switch (code == OPERATOR_POWER_OF || code == OPERATOR_POWER_TO ? 0 : optype[code]) {
     case CLASS_UNARY: *num = 1; return stub_end_line<binary>(r);

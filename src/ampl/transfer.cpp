@@ -82,7 +82,7 @@ static int32_t open_model(transfer *t, ASL *asl, char **argv, FILE **file)
     want_xpi0 = 7;
     int32_t res = read_arguments(t, asl, argv);
     if (res == ZLR_RES_OK && t->name[0] != 0) res = open_stub(t, asl, file);
-    if (res == ZLR_RES_OK) res = ampl_declare_suffixes(asl, t->adat, &t->suffixes);
+    if (res == ZLR_RES_OK) res = ampl_declare_suffixes(asl, t->adat, n_var, n_con, &t->suffixes);
     if (res != ZLR_RES_OK) return res;
     t->cone = suf_get("cone", ASL_Sufkind_var);
     res = ZLR_getdouparam(t->task, ZLR_DPAR_BOUND_INFINITE, &t->infinite);
@@ -143,7 +143,7 @@ static int32_t mark_run(ZLR_task *task, int32_t begin, int32_t end)
  * nonlinear and linear integer columns are known by the answers that come of it, and AMPL_EXTENDED marks exactly. */
 static int32_t mark_integers(ZLR_task *task, ASL *asl)
 {
-    const int32_t nlmax = std::max(nlvc, nlvo);
+    const int32_t nlmax = ampl_nonlinear_columns(asl);
     const int32_t num_nonlinear = nlvoi + nlvci + nlvbi;
     const int32_t res = mark_run(task, nlmax - num_nonlinear, nlmax);
     return res == ZLR_RES_OK ? mark_run(task, n_var - nbv - niv + num_nonlinear, n_var) : res;
@@ -193,31 +193,17 @@ static int32_t put_quadratic(transfer *t, ASL *asl)
     return res;
 }
 
-static int32_t make_evaluation_arrays(const transfer *t, const ASL *asl)
+/* From the sizes on: everything that can fail, with the code that goes on to the start and the release. The start is that
+ * of the stub object then in force. */
+static int32_t transfer_model(transfer *t, ASL **stub, FILE **file)
 {
-    int32_t res = ampl_calloc(t->task, 2 * n_var, &t->adat->work);
-    if (res == ZLR_RES_OK) res = ampl_calloc(t->task, n_obj, &t->adat->ow);
-    if (res == ZLR_RES_OK) res = ampl_calloc(t->task, n_con, &t->adat->y);
-    return res;
-}
-
-/* General nonlinear functions are evaluated by callbacks. Until the library takes these, such a model ends here: the
- * library says that it is not available and returns its code. */
-static int32_t put_nonlinear(const transfer *t, const ASL *asl)
-{
-    const int32_t res = make_evaluation_arrays(t, asl);
-    if (res != ZLR_RES_OK) return res;
-    t->adat->reason = "the model is a general nonlinear one, which this version does not solve";
-    return ZLR_putnlfunc(t->task, t->adat, nullptr, nullptr);
-}
-
-/* From the sizes on: everything that can fail, with the code that goes on to the start and the release. */
-static int32_t transfer_model(transfer *t, ASL *asl, FILE **file)
-{
-    int32_t res = ZLR_amplreadmodel(t->task, t->droptol, 1e16, asl, file, t->objno, t->adat, &t->model);
-    if (res == ZLR_RES_OK) res = put_model(t, asl);
-    if (res == ZLR_RES_OK) res = t->model.nonlinear ? put_nonlinear(t, asl) : put_quadratic(t, asl);
-    ZLR_amplwarmstart(&res, t->task, asl, t->suffixes.constatus, t->suffixes.varstatus, t->suffixes.status + n_var,
+    int32_t res = ZLR_amplreadmodel(t->task, t->droptol, 1e16, *stub, file, t->objno, t->adat, &t->model);
+    if (res == ZLR_RES_OK) res = put_model(t, *stub);
+    if (res == ZLR_RES_OK)
+        res = t->model.nonlinear ? ampl_put_nonlinear(t->adat, stub, t->options, t->name, &t->suffixes)
+                                 : put_quadratic(t, *stub);
+    const ASL *asl = *stub;
+    ZLR_amplwarmstart(&res, t->task, *stub, t->suffixes.constatus, t->suffixes.varstatus, t->suffixes.status + n_var,
                       t->suffixes.status);
     return res;
 }
@@ -236,7 +222,7 @@ int32_t ZLR_amplin(char **argv, ASL **stub, Option_Info **options, int32_t objno
     t.adat = *adat;
     t.options = *options;
     if (res == ZLR_RES_OK) res = open_model(&t, *stub, argv, &file);
-    if (res == ZLR_RES_OK) res = transfer_model(&t, *stub, &file);
+    if (res == ZLR_RES_OK) res = transfer_model(&t, stub, &file);
 
     if (file != nullptr) (void)std::fclose(file); /* a failure came before the read, which closes it */
     stub_model_free(task, &t.model);

@@ -286,6 +286,7 @@ int32_t ZLR_putcallbackfunc(ZLR_task *task, ZLR_callbackfunc func, void *handle)
 int32_t ZLR_optimize(ZLR_task *task)
 {
     const int32_t res = answer("ZLR_optimize", task);
+    if (res == 0) run_evaluations(task, "evaluate");
     const int64_t num_polls = script_number("poll", -1, 0);
     const int64_t pause_ms = script_number("pause", -1, 0);
     for (int64_t poll = 1; poll <= num_polls && task->callback != nullptr; ++poll) {

@@ -145,8 +145,11 @@ int32_t ZLR_putvartype(ZLR_task *task, int32_t j, int32_t type)
     return res;
 }
 
-int32_t ZLR_putnlfunc(ZLR_task *task, void *handle, ZLR_nlgetspfunc_t, ZLR_nlgetvafunc_t)
+int32_t ZLR_putnlfunc(ZLR_task *task, void *handle, ZLR_nlgetspfunc_t getsp, ZLR_nlgetvafunc_t getva)
 {
+    task->nl_handle = handle;
+    task->getsp = getsp;
+    task->getva = getva;
     return answer("ZLR_putnlfunc", task, static_cast<const void *>(handle));
 }
 

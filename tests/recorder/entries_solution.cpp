@@ -7,6 +7,7 @@ int32_t ZLR_solutiondef(ZLR_task *task, int32_t kind, int32_t *defined)
 {
     const int32_t res = answer("ZLR_solutiondef", task, kind);
     if (res == 0) *defined = static_cast<int32_t>(script_number("defined", kind, 0));
+    if (kind == ZLR_SOL_BAS) run_evaluations(task, "later"); /* asked for once a job */
     return res;
 }
 

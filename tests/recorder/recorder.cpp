@@ -25,6 +25,7 @@ struct recorder_state {
     std::FILE *record = nullptr;
     std::map<std::string, std::string> numbers; /* "status 1" -> 5, "code ZLR_optimize 1" -> 10000 */
     std::map<int32_t, std::string> texts;
+    std::map<std::string, std::vector<std::string>> lists;
     std::map<std::string, int64_t> calls; /* of each entry */
     int64_t num_results = 0;
     int64_t num_allocations = 0;
@@ -53,6 +54,11 @@ static void read_script_line(const std::string &line)
         std::getline(words, state->texts[number]);
         return;
     }
+    if (word == "evaluate" || word == "later") {
+        std::getline(words >> std::ws, more);
+        state->lists[word].push_back(more);
+        return;
+    }
     /* The last word is the value, those between it and the first are the key; a word alone is a flag. */
     std::vector<std::string> rest;
     while (words >> more) rest.push_back(more);
@@ -72,6 +78,8 @@ int64_t script_number(const std::string &word, int64_t key, int64_t otherwise)
     const char *value = script_value(word, key);
     return value != nullptr ? std::strtoll(value, nullptr, 10) : otherwise;
 }
+
+const std::vector<std::string> &script_list(const std::string &word) { return state->lists[word]; }
 
 double script_real(const std::string &word, int64_t key, double otherwise)
 {

@@ -14,6 +14,8 @@
  *   x J VALUE, slx J VALUE, sux J VALUE, columnkey J KEY, y I VALUE, rowkey I KEY, primal KIND VALUE, dual KIND VALUE
  *                                                           and what it holds
  *   leftrangei K VALUE and so on                            sensitivity, by the names of its arguments
+ *   evaluate ..., later ...                                 the nonlinear callbacks are called by the optimiser, or later, when
+ *                        the program asks for solutions: see evaluations.cpp
  *   class N              response class of every code; without it by the range of the code
  *   poll N, raisepoll N SIG, pause MS, stubborn             the optimiser: N polls of the callback, MS apart, with a
  *                        signal before the N-th; it stops at the first answer that is not 0 unless stubborn
@@ -58,6 +60,9 @@ struct ZLR_task {
     int32_t num_cones = 0;
     ZLR_callbackfunc callback = nullptr;
     void *callback_handle = nullptr;
+    void *nl_handle = nullptr;
+    ZLR_nlgetspfunc_t getsp = nullptr;
+    ZLR_nlgetvafunc_t getva = nullptr;
 };
 
 /* ---- Recording ---- */
@@ -109,6 +114,9 @@ template <typename... types> int32_t answer(const char *entry, types... args)
 /* The number that the script gives to a word and a key, as in "status 1 5", or `otherwise`. */
 int64_t script_number(const std::string &word, int64_t key, int64_t otherwise);
 
+/* Lines of the script that begin with a word of evaluations.cpp, without it, in order. */
+const std::vector<std::string> &script_list(const std::string &word);
+
 double script_real(const std::string &word, int64_t key, double otherwise);
 
 /* Parameters that the program puts. */
@@ -126,3 +134,7 @@ void handle_end(ZLR_task *task); /* tells what was not given back */
 /* Zeroed memory of an owner (a handle), or null where the script says so. */
 void *memory_make(const void *owner, uint64_t size, bool may_fail);
 void memory_free(const char *entry, const void *owner, void *block);
+
+/* ---- evaluations.cpp ---- */
+
+void run_evaluations(ZLR_task *task, const char *when);
