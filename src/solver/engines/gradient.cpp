@@ -89,33 +89,12 @@ void gradient_split_cones(const model *m, const std::vector<reduced_cost> &d, co
     }
 }
 
-/* A function counts by its tangent at the point: f - grad f * x, and for rows the same times the multiplier. */
-static void add_function_share(const model_functions *f, const solution *sol, exact_sum *sum)
-{
-    int32_t code = ZLR_RES_OK;
-    const function_values *at = functions_at(f, sol->xx.data(), true, &code);
-    if (at == nullptr) {
-        sum->add(std::numeric_limits<double>::quiet_NaN());
-        return;
-    }
-    sum->add(at->objective);
-    for (size_t j = 0; j < sol->xx.size(); j++) sum->add_product(-at->objective_gradient[j], sol->xx[j]);
-    for (size_t k = 0; k < f->row.size(); k++) {
-        const double y = sol->y[static_cast<size_t>(f->row[k])];
-        if (y == 0.0) continue;
-        sum->add_product(-y, at->row[k]);
-        for (auto p = static_cast<size_t>(f->start[k]); p < static_cast<size_t>(f->start[k + 1]); p++)
-            sum->add_product(y * at->gradient[p], sol->xx[static_cast<size_t>(f->col[p])]);
-    }
-}
-
 void gradient_add_dual_share(const model *m, const solution *sol, exact_sum *sum)
 {
     if (!gradient_needs_point(m) || !sol->has_primal) return;
     quad_add_value(m->qobj, sol->xx.data(), -1.0, sum);
     for (const quad_row &q : m->qcon)
         sum->add_product(sol->y[static_cast<size_t>(q.row)], quad_value(q.terms, sol->xx.data()));
-    if (m->functions != nullptr) add_function_share(m->functions.get(), sol, sum);
 }
 
 cone_residuals gradient_check_cone(const model *m, const check_tolerances *tol, const solution *sol, size_t cone)

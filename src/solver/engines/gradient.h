@@ -14,8 +14,7 @@ std::vector<reduced_cost> gradient_reduced_costs(const model *m, const check_tol
 void gradient_split_cones(const model *m, const std::vector<reduced_cost> &d, const std::vector<double> &bound_dual,
                           solution *sol);
 
-/* Adds to the dual objective what quadratic parts and functions give to it: half of the sum of y_i x'Qix, less half of
- * x'Q0x; and of functions what their tangents at the point leave at 0. With functions the constant cfix is not in it. */
+/* Adds to the dual objective what quadratic parts give to it: half of the sum of y_i x'Qix, less half of x'Q0x. */
 void gradient_add_dual_share(const model *m, const solution *sol, exact_sum *sum);
 
 /* The residuals of a cone: how far its members are outside, how far their duals are outside the dual cone, and the product

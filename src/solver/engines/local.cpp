@@ -17,6 +17,7 @@ struct local_attempt {
     bool is_warm = false;      /* from multipliers as well */
     bool is_perturbed = false; /* from somewhere near the start */
     bool has_ranges = false;   /* equations are taken as narrow ranges */
+    bool goes_on = false;      /* from where the last attempt ended, with its multipliers */
 };
 
 static engine_option number_option(const char *name, double value)
@@ -37,17 +38,35 @@ static engine_option word_option(const char *name, const char *word)
     return o;
 }
 
+/* Settings for a start next to a solution. */
+static std::vector<engine_option> near_options(const param_set *params, double mu)
+{
+    std::vector<engine_option> options;
+    for (const char *name : {"warm_start_bound_push", "warm_start_slack_bound_push", "warm_start_mult_bound_push"})
+        options.push_back(number_option(name, 1e-8));
+    if (param_is_default(params, param_find(ZLR_PAR_DOUBLE, DPAR_NLP_MU_INIT)))
+        options.push_back(number_option("mu_init", mu));
+    return options;
+}
+
+/* An answer by the engine's measure that misses the library's: the engine's is of the scaled problem, with bounds widened by
+ * a share of their size, and the point is put back on them at the end, which can move rows. */
+static local_attempt sharper(const param_set *params)
+{
+    local_attempt attempt = {" from there, without scaling and relaxation", near_options(params, 1e-9)};
+    attempt.goes_on = true;
+    attempt.extra.push_back(word_option("nlp_scaling_method", "none"));
+    attempt.extra.push_back(number_option("bound_relax_factor", 0.0));
+    attempt.extra.push_back(number_option("constr_viol_tol", 1e-8));
+    return attempt;
+}
+
 /* From the measured settings: what helps a solve that has started badly is above all another path to the solution. */
 static std::vector<local_attempt> attempts_of(const param_set *params, bool has_warm)
 {
     std::vector<local_attempt> all;
     if (has_warm) {
-        local_attempt warm = {" from the multipliers of the start", {}, true};
-        for (const char *name : {"warm_start_bound_push", "warm_start_slack_bound_push", "warm_start_mult_bound_push"})
-            warm.extra.push_back(number_option(name, 1e-8));
-        if (param_is_default(params, param_find(ZLR_PAR_DOUBLE, DPAR_NLP_MU_INIT)))
-            warm.extra.push_back(number_option("mu_init", 1e-7));
-        all.push_back(std::move(warm));
+        all.push_back({" from the multipliers of the start", near_options(params, 1e-7), true});
     }
     const bool is_adaptive = param_int(params, IPAR_NLP_MU_STRATEGY) != 0;
     const bool is_scaled = param_int(params, IPAR_NLP_SCALING) != 0;
@@ -214,12 +233,13 @@ static const char *end_text(smooth_end end)
     case SMOOTH_ACCEPTABLE: return "ended at an acceptable point, short of the tolerance";
     case SMOOTH_LOCALLY_INFEASIBLE:
         return "ended where the violation is least nearby; that is no proof that the problem is infeasible";
-    case SMOOTH_DIVERGING: return "the columns grow without end; the problem may be unbounded";
+    case SMOOTH_DIVERGING: return "columns or objective grow without end; the problem may be unbounded";
     case SMOOTH_SMALL_STEPS: return "ended as its steps became too small";
     case SMOOTH_RESTORATION_FAILED: return "ended as it found no way back to a feasible point";
     case SMOOTH_STEP_FAILED: return "ended as it could not compute a step";
     case SMOOTH_NO_VALUE: return "ended where a function or derivative has no value";
     case SMOOTH_TOO_FEW_COLUMNS: return "does not take more equations than columns";
+    case SMOOTH_ITERATION_LIMIT: return "ended at its limit of iterations";
     case SMOOTH_MEMORY: return "ended without memory";
     case SMOOTH_REFUSED: return "refused";
     case SMOOTH_FAILED: return "failed";
@@ -230,12 +250,12 @@ static const char *end_text(smooth_end end)
 static smooth_end try_once(local_watch *w, const engine_adapter *adapter, const local_attempt *attempt)
 {
     optimization *o = w->o;
-    smooth_start start;
+    smooth_start start = {point_of(o), {}, {}, {}};
     smooth_answer answer;
     run_entry who;
 
-    start.x = point_of(o);
     if (attempt->is_warm) multipliers_of(o, w->form.sign, &start);
+    if (attempt->goes_on) start = {w->last.x, w->last.lambda, w->last.z_lower, w->last.z_upper};
     if (attempt->is_perturbed) perturb(o, &start.x);
     smooth_problem opened;
     if (attempt->has_ranges) {
@@ -256,12 +276,14 @@ static smooth_end try_once(local_watch *w, const engine_adapter *adapter, const 
     o->any_answer = o->any_answer || (answer.end != SMOOTH_REFUSED && answer.end != SMOOTH_FAILED);
     const std::string complaint = take_point(o, &who.answer, &who);
     if (o->watch.stop_code != ZLR_RES_OK) return SMOOTH_STOPPED;
+    if (w->is_unbounded) answer.end = SMOOTH_DIVERGING;
     std::string text = end_text(answer.end);
     if (!answer.message.empty()) text += (text.empty() ? "" : ": ") + answer.message;
     if (answer.end == SMOOTH_SOLVED && !complaint.empty()) text = "the answer does not pass the check: " + complaint;
     if (!text.empty()) judge_failure(o, who.engine + ", " + plan_method_name(METHOD_INTPNT) + attempt->what, text);
     if (answer.end == SMOOTH_SQUARE_SOLVED && !complaint.empty()) o->start.x = answer.x;
-    return answer.end;
+    w->last = std::move(answer);
+    return w->last.end;
 }
 
 /* ---- the outcome */
@@ -306,6 +328,7 @@ static int32_t code_of_end(optimization *o, const local_watch *w, smooth_end fir
     if (solsta == ZLR_SOLSTA_NEAR_OPTIMAL) return ZLR_RES_OK;
     switch (first) {
     case SMOOTH_DIVERGING: return ZLR_RES_TRM_DIVERGING;
+    case SMOOTH_ITERATION_LIMIT: return ZLR_RES_TRM_MAX_ITERATIONS;
     case SMOOTH_LOCALLY_INFEASIBLE: return is_feasible(o) ? ZLR_RES_TRM_STALL : ZLR_RES_TRM_LOCAL_INFEASIBLE;
     case SMOOTH_NO_VALUE:
         tell_failure(w);
@@ -325,9 +348,11 @@ static bool is_last_word(const optimization *o, smooth_end end)
     return end == SMOOTH_REFUSED || (end == SMOOTH_DIVERGING && is_feasible(o));
 }
 
-static int32_t limit_of(smooth_end end)
+/* A limit of iterations that the user has set is one; the engine's own is a reason to try otherwise. */
+static int32_t limit_of(const optimization *o, smooth_end end)
 {
-    if (end == SMOOTH_ITERATION_LIMIT) return ZLR_RES_TRM_MAX_ITERATIONS;
+    const bool is_set = !param_is_default(&o->task->params, param_find(ZLR_PAR_INT, IPAR_NLP_MAX_ITERATIONS));
+    if (end == SMOOTH_ITERATION_LIMIT && is_set) return ZLR_RES_TRM_MAX_ITERATIONS;
     return end == SMOOTH_MEMORY ? ZLR_RES_TRM_MEMORY : ZLR_RES_OK;
 }
 
@@ -344,6 +369,28 @@ static void take_best_seen(optimization *o, const local_watch *w)
     (void)take_point(o, &who.answer, &who);
 }
 
+static void note_attempt(optimization *o, const local_attempt *attempt)
+{
+    std::string text = o->round == 0 ? "Solving with " : "Trying ";
+    text += std::string(o->table->smooth->title) + ": " + plan_method_name(METHOD_INTPNT) + attempt->what;
+    if (o->round == 0) text += ", for a local solution";
+    progress_note(&o->watch.table, text.c_str());
+    o->round++;
+}
+
+/* Whether an attempt has come near enough to a solution to go on from there. */
+static bool can_go_on(const local_watch *w, smooth_end end)
+{
+    const optimization *o = w->o;
+    const solution *best = &o->best[ZLR_SOL_ITR];
+    const bool has_multipliers = w->last.lambda.size() == static_cast<size_t>(w->form.problem.num_con) &&
+                                 w->last.z_lower.size() == static_cast<size_t>(w->form.problem.num_var);
+    const bool is_near = end == SMOOTH_SOLVED || end == SMOOTH_ACCEPTABLE ||
+                         best->solsta == ZLR_SOLSTA_PRIM_AND_DUAL_FEAS || best->solsta == ZLR_SOLSTA_NEAR_OPTIMAL;
+    return has_multipliers && is_near && best->solsta != ZLR_SOLSTA_OPTIMAL && o->watch.stop_code == ZLR_RES_OK &&
+           param_int(&o->task->params, IPAR_NLP_MAX_ATTEMPTS) != 1;
+}
+
 static smooth_end run_attempts(local_watch *w, const engine_adapter *adapter)
 {
     optimization *o = w->o;
@@ -351,11 +398,7 @@ static smooth_end run_attempts(local_watch *w, const engine_adapter *adapter)
     bool has_first = false, is_open = false;
     for (local_attempt &attempt : attempts_of(&o->task->params, has_warm_start(o))) {
         attempt.has_ranges = is_open;
-        progress_note(&o->watch.table,
-                      (std::string(o->round == 0 ? "Solving with " : "Trying ") + o->table->smooth->title + ": " +
-                       plan_method_name(METHOD_INTPNT) + attempt.what + (o->round == 0 ? ", for a local solution" : ""))
-                          .c_str());
-        o->round++;
+        note_attempt(o, &attempt);
         smooth_end end = try_once(w, adapter, &attempt);
         /* The engine takes no more equations than columns, and of as many looks for a feasible point alone. */
         const bool is_square = end == SMOOTH_SQUARE_SOLVED && o->best[ZLR_SOL_ITR].solsta != ZLR_SOLSTA_OPTIMAL;
@@ -363,9 +406,15 @@ static smooth_end run_attempts(local_watch *w, const engine_adapter *adapter)
             is_open = attempt.has_ranges = true;
             end = try_once(w, adapter, &attempt);
         }
+        if (can_go_on(w, end)) {
+            local_attempt next = sharper(&o->task->params);
+            note_attempt(o, &next);
+            next.has_ranges = is_open;
+            (void)try_once(w, adapter, &next);
+        }
         if (!has_first || attempt.what[0] == '\0') first = end;
         has_first = true;
-        o->limit_code = limit_of(end);
+        o->limit_code = limit_of(o, end);
         if (is_last_word(o, end) || o->limit_code != ZLR_RES_OK) break;
     }
     return first;

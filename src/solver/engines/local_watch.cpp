@@ -62,8 +62,10 @@ static double violation_of(const local_watch *w, const double *x, const double *
 
 static void see_point(local_watch *w, const double *x)
 {
+    constexpr double endless = 1e20; /* as the engine has it for columns */
     local_best *best = &w->best;
     if (!w->has_objective || !w->has_violation) return;
+    if (w->violation <= 1.0 && w->objective < -endless) w->is_unbounded = true;
     const bool is_feasible = w->violation <= 1.0, was_feasible = best->violation <= 1.0;
     const bool is_better =
         is_feasible && was_feasible ? w->objective < best->objective : w->violation < best->violation;
@@ -141,7 +143,7 @@ static bool call_iterate(void *handle, const smooth_news *news)
     progress.has_primal = line.has_primal;
     progress.primal_obj = line.primal_obj;
     w->last_poll_s = clock_now_s();
-    return !watch_poll(watch, &progress);
+    return !watch_poll(watch, &progress) && !w->is_unbounded;
 }
 
 smooth_calls local_calls(local_watch *watch)

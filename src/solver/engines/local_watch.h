@@ -25,7 +25,9 @@ struct local_watch {
     local_best best;
     local_failure failure;
     int64_t iterations = 0; /* of earlier attempts */
+    smooth_answer last;     /* of the last attempt */
     double last_poll_s = 0.0;
+    bool is_unbounded = false; /* a feasible point has an objective beyond all sizes */
 
     /* What was found at the point at hand so far. */
     bool has_objective = false, has_violation = false;

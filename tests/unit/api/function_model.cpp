@@ -40,19 +40,13 @@ jet operator+(const jet &a, const jet &b) { return combine(a.value + b.value, a,
 jet operator-(const jet &a, const jet &b) { return combine(a.value - b.value, a, b, 1.0, -1.0, 0.0, 0.0, 0.0); }
 jet operator*(const jet &a, const jet &b) { return combine(a.value * b.value, a, b, b.value, a.value, 0.0, 1.0, 0.0); }
 
-jet log(const jet &a)
+jet jet_log(const jet &a)
 {
     if (!(a.value > 0.0)) return {std::numeric_limits<double>::quiet_NaN()};
     return of_one(std::log(a.value), a, 1.0 / a.value, -1.0 / (a.value * a.value));
 }
 
-jet exp(const jet &a) { return of_one(std::exp(a.value), a, std::exp(a.value), std::exp(a.value)); }
-
-jet sqrt(const jet &a)
-{
-    const double root = std::sqrt(a.value);
-    return of_one(root, a, 0.5 / root, -0.25 / (root * a.value));
-}
+jet jet_exp(const jet &a) { return of_one(std::exp(a.value), a, std::exp(a.value), std::exp(a.value)); }
 
 static std::vector<jet> columns_at(const function_model *m, const double *x)
 {

@@ -19,9 +19,8 @@ jet jet_column(double value, size_t j, size_t n);
 jet operator+(const jet &a, const jet &b);
 jet operator-(const jet &a, const jet &b);
 jet operator*(const jet &a, const jet &b);
-jet log(const jet &a); /* without a value for arguments that are not above 0 */
-jet exp(const jet &a);
-jet sqrt(const jet &a);
+jet jet_log(const jet &a); /* without a value for arguments that are not above 0 */
+jet jet_exp(const jet &a);
 
 typedef std::function<jet(const std::vector<jet> &x)> jet_function;
 

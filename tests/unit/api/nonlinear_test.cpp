@@ -94,7 +94,7 @@ TEST_F(nonlinear, a_minimum_and_a_maximum_with_the_multipliers_of_their_perturba
 TEST_F(nonlinear, functions_are_added_to_what_the_task_holds)
 {
     function_model m;
-    m.objective = [](const std::vector<jet> &x) { return exp(x[0]) + 7.0; };
+    m.objective = [](const std::vector<jet> &x) { return jet_exp(x[0]) + 7.0; };
     m.rows = {[](const std::vector<jet> &x) { return x[0] * x[1]; }, nullptr};
     fill_functions(&m, {{2.0, inf}, {-inf, 3.0}}, {{0.1, inf}, {0.1, inf}});
     const double cost = 1.0, square = 2.0, one = 1.0;
@@ -227,7 +227,7 @@ TEST_F(nonlinear, a_function_without_a_value_is_told_with_row_and_point)
 {
     function_model m;
     m.objective = [](const std::vector<jet> &x) { return x[0] * x[0]; };
-    m.rows = {nullptr, [](const std::vector<jet> &x) { return log(x[0] * -1.0 - 2.0); }};
+    m.rows = {nullptr, [](const std::vector<jet> &x) { return jet_log(x[0] * -1.0 - 2.0); }};
     fill_functions(&m, {{-inf, inf}, {0.0, inf}}, {{0.0, 10.0}});
     ASSERT_EQ(ZLR_putconname(task, 1, "reach"), ZLR_RES_OK);
     ASSERT_EQ(ZLR_putvarname(task, 0, "far"), ZLR_RES_OK);
@@ -237,7 +237,7 @@ TEST_F(nonlinear, a_function_without_a_value_is_told_with_row_and_point)
 
     renew();
     function_model objective;
-    objective.objective = [](const std::vector<jet> &x) { return log(x[0]); };
+    objective.objective = [](const std::vector<jet> &x) { return jet_log(x[0]); };
     fill_functions(&objective, {}, {{-5.0, -1.0}});
     EXPECT_EQ(ZLR_optimize(task), ZLR_RES_ERR_NL_EVALUATION) << log;
     EXPECT_TRUE(has(log, "The objective has no value at x1 = ")) << log;
@@ -247,7 +247,7 @@ TEST_F(nonlinear, a_function_without_a_value_is_told_with_row_and_point)
 TEST_F(nonlinear, points_without_a_value_are_got_around)
 {
     function_model trial;
-    trial.objective = [](const std::vector<jet> &x) { return x[0] - log(x[0]) * 1e-3; };
+    trial.objective = [](const std::vector<jet> &x) { return x[0] - jet_log(x[0]) * 1e-3; };
     fill_functions(&trial, {}, {{-inf, inf}});
     start_at({100.0});
     EXPECT_EQ(ZLR_optimize(task), ZLR_RES_OK) << log;
@@ -255,7 +255,7 @@ TEST_F(nonlinear, points_without_a_value_are_got_around)
 
     renew();
     function_model start;
-    start.objective = [](const std::vector<jet> &x) { return log(x[0] * x[0]) * log(x[0] * x[0]); };
+    start.objective = [](const std::vector<jet> &x) { return jet_log(x[0] * x[0]) * jet_log(x[0] * x[0]); };
     fill_functions(&start, {}, {{-inf, inf}});
     EXPECT_EQ(ZLR_optimize(task), ZLR_RES_OK) << log;
     EXPECT_NEAR(std::fabs(get_solution(task, ZLR_SOL_ITR).xx[0]), 1.0, 1e-6);
@@ -338,7 +338,7 @@ TEST_F(nonlinear, scaling_and_acceptable_points)
     const auto solve = [&](const std::vector<std::pair<const char *, const char *>> &settings) {
         renew();
         function_model m;
-        m.objective = [](const std::vector<jet> &x) { return exp(x[0]) * 1e5 + x[1] * x[1] * 1e5; };
+        m.objective = [](const std::vector<jet> &x) { return jet_exp(x[0]) * 1e5 + x[1] * x[1] * 1e5; };
         m.rows = {[](const std::vector<jet> &x) { return x[0] * x[1] * 1e4; }};
         fill_functions(&m, {{1e4, inf}}, {{0.1, 10.0}, {0.1, 10.0}});
         put("NLP_MAX_ATTEMPTS", "1");
