@@ -28,8 +28,9 @@ struct smooth_problem {
 struct smooth_news {
     int64_t iterations = 0;
     double objective = 0.0;
-    double primal_infeas = 0.0, dual_infeas = 0.0; /* of the problem as it was given, not as the engine scales it */
-    bool in_restoration = false;                   /* the objective is not the problem's */
+    double primal_infeas = 0.0;  /* of the rows as they were given, as far as the engine tells */
+    double dual_infeas = 0.0;    /* as the engine scales the objective */
+    bool in_restoration = false; /* objective and dual_infeas are not the problem's */
 };
 
 /* `is_new`: x is not that of the call before. Each returns false where there is no value. Arrays are as long as the

@@ -14,7 +14,7 @@ static constexpr engine_source sources[] = {
     {"clarabel", "Clarabel",
      "run scripts/install-deps of the source tree, which gets cargo 1.71 or later to build it with", loader_get},
     {"ipopt", "Ipopt", "run scripts/install-deps of the source tree, or install Ipopt 3.11 or later, and build again",
-     loader_get, true},
+     loader_get},
 };
 static constexpr engine_table default_table = {&sources[0], &sources[1], &sources[2]};
 
@@ -100,7 +100,6 @@ std::vector<engine_option> plan_options(const engine_source *source, const param
         if (row->param_class == ZLR_PAR_INT) {
             o.integer = param_int(params, row->number);
             o.str = word_of(row->words, o.integer);
-            if (source->hyphens) std::replace(o.str.begin(), o.str.end(), '_', '-');
         }
         if (row->param_class == ZLR_PAR_STR) o.str = param_str(params, row->number);
         options.push_back(std::move(o));

@@ -13,7 +13,6 @@ struct engine_source {
     const char *title;  /* as users know it */
     const char *advice; /* how to get it */
     const engine_adapter *(*load)(const char *name, std::string *message);
-    bool hyphens = false; /* it spells the words of its options with them, where the library's have underscores */
 };
 
 /* One way to solve: an engine, a method, and options that differ from the user's for this attempt. */
