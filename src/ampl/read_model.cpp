@@ -24,16 +24,13 @@ void stub_model_free(ZLR_task *task, stub_model *model)
     ampl_free(task, &model->varlower);
     ampl_free(task, &model->conupper);
     ampl_free(task, &model->conlower);
-    ampl_free(task, &model->value);
-    ampl_free(task, &model->rowno);
-    ampl_free(task, &model->colstart);
+    stub_matrix_free(task, &model->matrix);
 }
 
 static int32_t make_arrays(ZLR_task *task, ASL *asl, stub_model *model)
 {
-    int32_t res = ampl_calloc(task, n_var + 1, &model->colstart);
-    if (res == ZLR_RES_OK) res = ampl_calloc(task, nzc, &model->rowno);
-    if (res == ZLR_RES_OK) res = ampl_calloc(task, nzc, &model->value);
+    int32_t res = ZLR_RES_OK;
+    if (!model->matrix_is_known) res = stub_matrix_make(task, n_var, nzc, &model->matrix);
     if (res == ZLR_RES_OK) res = ampl_calloc(task, n_con, &model->conlower);
     if (res == ZLR_RES_OK) res = ampl_calloc(task, n_con, &model->conupper);
     if (res == ZLR_RES_OK) res = ampl_calloc(task, n_var, &model->varlower);
@@ -42,7 +39,7 @@ static int32_t make_arrays(ZLR_task *task, ASL *asl, stub_model *model)
     if (res != ZLR_RES_OK) return res;
 
     /* The reader fills these; without a place for the values it builds row lists (Cgrad) instead. */
-    A_vals = nlc == 0 ? model->value : nullptr;
+    A_vals = nlc == 0 ? model->matrix.value : nullptr;
     A_rownos = nullptr;
     LUrhs = model->conlower;
     Urhsx = model->conupper;
@@ -151,19 +148,20 @@ static void read_linear_objective(ASL *asl, int32_t objno, stub_model *model)
  * stand in descending order. */
 static void build_matrix(const ASL *asl, double droptol, stub_model *model)
 {
+    const stub_matrix *m = &model->matrix;
     const int32_t first = model->nonlinear ? nlc : 0;
-    std::fill_n(model->colstart, n_var + 1, 0);
+    std::fill_n(m->colstart, n_var + 1, 0);
     for (int32_t i = first; i < n_con; ++i)
         for (const cgrad *cg = Cgrad[i]; cg != nullptr; cg = cg->next)
-            if (std::fabs(cg->coef) > droptol) ++model->colstart[cg->varno];
-    for (int32_t j = 1; j <= n_var; ++j) model->colstart[j] += model->colstart[j - 1];
+            if (std::fabs(cg->coef) > droptol) ++m->colstart[cg->varno];
+    for (int32_t j = 1; j <= n_var; ++j) m->colstart[j] += m->colstart[j - 1];
     /* Each start is the end of its column now, and comes down to its beginning as the column is filled from the back. */
     for (int32_t i = first; i < n_con; ++i)
         for (const cgrad *cg = Cgrad[i]; cg != nullptr; cg = cg->next) {
             if (std::fabs(cg->coef) <= droptol) continue;
-            const int32_t at = --model->colstart[cg->varno];
-            model->rowno[at] = i;
-            model->value[at] = cg->coef;
+            const int32_t at = --m->colstart[cg->varno];
+            m->rowno[at] = i;
+            m->value[at] = cg->coef;
         }
 }
 
@@ -203,8 +201,10 @@ int32_t ZLR_amplreadmodel(ZLR_task *task, double droptol, double bigbound, ASL *
     if (res == ZLR_RES_OK) res = read_objective(asl, objno, model);
     if (res != ZLR_RES_OK) return res;
 
-    if (nlc == 0 && A_colstarts != nullptr) {
-        std::copy_n(A_colstarts, n_var + 1, model->colstart);
+    if (model->matrix_is_known) {
+        model->row = model->matrix.rowno;
+    } else if (nlc == 0 && A_colstarts != nullptr) {
+        std::copy_n(A_colstarts, n_var + 1, model->matrix.colstart);
         model->row = A_rownos; /* as good as a copy, and stays as long */
     }
     if (nlc > 0) res = check_rows(asl, adat, model);
@@ -213,7 +213,7 @@ int32_t ZLR_amplreadmodel(ZLR_task *task, double droptol, double bigbound, ASL *
     read_linear_objective(asl, objno, model);
     if (nlc > 0) {
         build_matrix(asl, droptol, model);
-        model->row = model->rowno;
+        model->row = model->matrix.rowno;
     }
     return ZLR_RES_OK;
 }
