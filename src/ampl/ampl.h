@@ -95,7 +95,7 @@ void ZLR_amplfree(ASL **stub, Option_Info **options, ampl_data **adat);
 /* A stub as it was read. Arrays are from ZLR_calloctask; stub_model_free releases them. */
 struct stub_model {
     stub_matrix matrix;          /* of nzc coefficients at most */
-    int32_t matrix_is_known;     /* 1: from before the read */
+    int32_t linear_are_known;    /* 1: the matrix has the coefficients of rows from nlc on, from before the read */
     const int32_t *row;          /* what the rows are taken from: the matrix's, or the library's own array */
     double *conlower, *conupper; /* n_con */
     double *varlower, *varupper; /* n_var */
@@ -111,7 +111,7 @@ struct stub_model {
         *conupper_as_given; /* nlc, from before the quadratic check, which moves constants into them */
 };
 
-/* Where the matrix is there already, the file has no coefficients of rows, or the same ones. */
+/* Where coefficients are known already the file lacks them, or has the same ones. */
 [[nodiscard]] int32_t ZLR_amplreadmodel(ZLR_task *task, double droptol, double bigbound, ASL *asl, FILE **file,
                                         int32_t objno, ampl_data *adat, stub_model *model);
 void stub_model_free(ZLR_task *task, stub_model *model);
@@ -119,8 +119,8 @@ void stub_model_free(ZLR_task *task, stub_model *model);
 /* ---- guard.cpp: where the library would end the process, by intent or not, these come back with a code ---- */
 
 /* jac0dim. *file is null for a stub that cannot be opened; otherwise it holds the segments, without the coefficients that are
- * known. ZLR_RES_ERR_AMPL_STUB: it is no stub. */
-[[nodiscard]] int32_t ampl_open_stub(ASL *asl, const char *name, const stub_matrix *known, FILE **file);
+ * known, if any. ZLR_RES_ERR_AMPL_STUB: it is no stub. */
+[[nodiscard]] int32_t ampl_open_stub(ASL *asl, const char *name, FILE **file, const stub_matrix *known = nullptr);
 
 /* Gives the stub object the name that jac0dim would, for the .sol file of a stub that is not opened. */
 void ampl_name_stub(ASL *asl, const char *name);

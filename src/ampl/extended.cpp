@@ -69,8 +69,7 @@ void ampl_note_bad_option(ASL *asl, const Option_Info *options, char **words, co
     Snprintf(adat->said, sizeof adat->said, "%s is no option of this solver", bad.empty() ? "A word" : bad.c_str());
 
     FILE *file = nullptr;
-    const stub_matrix unknown = {};
-    if (ampl_open_stub(asl, stub, &unknown, &file) == ZLR_RES_OK && file != nullptr) (void)std::fclose(file);
+    if (ampl_open_stub(asl, stub, &file) == ZLR_RES_OK && file != nullptr) (void)std::fclose(file);
 }
 
 /* ---- What is refused ---- */

@@ -29,7 +29,7 @@ static FILE *segments_stream(ASL *asl, FILE *file, const stub_matrix *known)
     return stream;
 }
 
-int32_t ampl_open_stub(ASL *asl, const char *name, const stub_matrix *known, FILE **file)
+int32_t ampl_open_stub(ASL *asl, const char *name, FILE **file, const stub_matrix *known)
 {
     Jmp_buf back;
     *file = nullptr;

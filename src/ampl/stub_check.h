@@ -2,8 +2,8 @@
  *
  * The library trusts the counts and indices of a stub: one that is damaged makes it write beyond its arrays, or ends the
  * process. What is let through here has all of its segments, with every index in its range and as many coefficients in each
- * column as the stub says; whether a number has a sensible value is not looked at. One pass over the
- * file by blocks, in the memory of a few integers a column, row and common expression. */
+ * column as the stub says; whether a number has a sensible value is not looked at. One pass over the file by blocks, in the
+ * memory of a few integers a column, row and common expression, and of the matrix where that is kept (stub_matrix.h). */
 #pragma once
 
 #include "ampl/stub_matrix.h"

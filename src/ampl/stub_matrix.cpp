@@ -22,7 +22,7 @@ void stub_matrix_free(ZLR_task *task, stub_matrix *m)
 /* Functions of a user's own are left to the library altogether: what it says of them may tell a line of the file. */
 static bool can_be_kept(const stub_header *h)
 {
-    return h->num_curved_con == 0 && h->num_func == 0 && h->num_con > 0 && h->num_coefs > 0;
+    return h->num_curved_con < h->num_con && h->num_func == 0 && h->num_coefs > 0;
 }
 
 int32_t stub_coefs_make(ZLR_task *task, const stub_header *h, stub_coefs *coefs)
@@ -67,12 +67,16 @@ template <bool binary> bool stub_take_starts(stub_reader *r, const stub_header *
     return true;
 }
 
-/* The piece of the file grows by a row. Where something stood between it and the row there is no one piece. */
-static void extend_piece(stub_coefs *coefs, int64_t begin, int64_t end)
+/* The piece of the file grows by a row. Where something stood between it and the row there is no one piece. Beside rows that
+ * are not linear those that are have to ascend, as the order in which they are joined then is by numbers. */
+static void extend_piece(stub_coefs *coefs, const stub_header *h, int32_t i, int64_t begin, int64_t end)
 {
     stub_matrix *m = &coefs->matrix;
+    if (i < h->num_curved_con) return;
     if (m->end == 0) m->begin = begin;
     if (m->end != 0 && m->end != begin) coefs->is_kept = false;
+    if (h->num_curved_con > 0 && i < coefs->last_row) coefs->is_kept = false;
+    coefs->last_row = i;
     m->end = end;
 }
 
@@ -109,14 +113,14 @@ template <bool binary> bool stub_take_row(stub_reader *r, const stub_header *h, 
     if (!coefs->has_starts) return stub_fault(r, "coefficients of a row come before the lengths of the columns (k)");
     coefs->num += num;
     if (!take_coefs<binary>(r, h->num_var, i, num, coefs)) return false;
-    extend_piece(coefs, begin, stub_place(r));
+    extend_piece(coefs, h, i, begin, stub_place(r));
     return true;
 }
 
 /* A stub with words for numbers goes to the library as it is, which knows words of its own. */
 void stub_coefs_release(const stub_reader *r, const stub_header *h, stub_coefs *coefs, stub_matrix *matrix)
 {
-    if (!coefs->is_kept || r->has_words) return;
+    if (!coefs->is_kept || coefs->matrix.end == 0 || r->has_words) return;
     for (int32_t j = 0; j < h->num_var; ++j) coefs->matrix.colstart[j + 1] = coefs->places[j].end;
     *matrix = coefs->matrix;
     coefs->matrix = {};

@@ -1,21 +1,22 @@
-/* stub_matrix.h - the coefficients of rows, the bulk of most stubs: their check and, where all rows are linear, the matrix.
+/* stub_matrix.h - the coefficients of rows, the bulk of most stubs: their check, and the matrix of the linear rows.
  *
  * To be checked every coefficient has to be taken from the file anyway. Kept on the way they need not be taken a second time
- * by the AMPL Solver Library, which takes a number letter by letter: what it is given then is the stub without them. That is
- * done where it comes to the same: all rows are linear, so that the library would do no more than fill these arrays, and
- * the coefficients stand in the file in one piece. */
+ * by the AMPL Solver Library, which takes a number letter by letter: what it is given then is the stub without those of linear
+ * rows, with which it would do no more than put them into arrays or lists. That is done where they stand in the file in one
+ * piece. */
 #pragma once
 
 #include "ampl/stub_header.h"
 
 struct ZLR_task;
 
-/* By columns. Null arrays: not known. Arrays are from ZLR_calloctask. */
+/* By columns. Null arrays: not known. Arrays are from ZLR_calloctask. As it is taken from the file it has the rows that are not
+ * linear as well, whose coefficients the AMPL Solver Library changes in its own lists. */
 struct stub_matrix {
     int32_t *colstart; /* num_var + 1 */
     int32_t *rowno;    /* within a column in the file's order */
     double *value;
-    int64_t begin, end; /* the bytes of the file that hold the coefficients and nothing else */
+    int64_t begin, end; /* the bytes of the file that hold coefficients of linear rows, all of them and nothing else */
 };
 
 [[nodiscard]] int32_t stub_matrix_make(ZLR_task *task, int32_t num_var, int32_t num_nz, stub_matrix *matrix);
@@ -31,8 +32,9 @@ struct stub_coefs {
     stub_places *places;    /* num_var; known once the lengths of the columns were there */
     unsigned char *has_row; /* one a row: its coefficients were there */
     stub_matrix matrix;
-    int64_t num;  /* so far */
-    bool is_kept; /* the matrix is being filled */
+    int64_t num;      /* so far */
+    int32_t last_row; /* of the linear ones */
+    bool is_kept;     /* the matrix is being filled */
     bool has_starts;
 };
 

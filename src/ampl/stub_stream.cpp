@@ -46,7 +46,7 @@ std::FILE *stub_stream_open(const char *path, int64_t begin, const stub_matrix *
     std::FILE *file = std::fopen(path, "rb");
     if (file == nullptr) return nullptr;
     std::FILE *stream = nullptr;
-    if (known->value != nullptr)
+    if (known != nullptr && known->value != nullptr)
         stream = open_cut(file, begin, known);
     else if (std::fseek(file, static_cast<long>(begin), SEEK_SET) == 0)
         stream = file;

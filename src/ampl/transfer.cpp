@@ -49,7 +49,7 @@ static int32_t look_through(transfer *t, ASL *asl)
     char fault[stub_fault_bytes] = "";
     stub_facts facts = {};
     int32_t res = stub_check(t->task, t->name, &facts, &t->model.matrix, fault);
-    t->model.matrix_is_known = t->model.matrix.value != nullptr;
+    t->model.linear_are_known = t->model.matrix.value != nullptr;
     if (res == ZLR_RES_OK && facts.has_sets) res = ampl_refuse_sets(t->task, t->adat);
     if (res == ZLR_RES_ERR_AMPL_STUB && fault[0] != 0) {
         t->adat->fault = ZLR_strduptask(t->task, fault);
@@ -66,7 +66,7 @@ static int32_t open_stub(transfer *t, ASL *asl, FILE **file)
 {
     int32_t res = look_through(t, asl);
     if (res != ZLR_RES_OK && res != ZLR_RES_ERR_FILE_READ) return res;
-    res = ampl_open_stub(asl, t->name, &t->model.matrix, file);
+    res = ampl_open_stub(asl, t->name, file, &t->model.matrix);
     if (res != ZLR_RES_OK) {
         ZLR_echotask(t->task, ZLR_STREAM_MSG, "** Fatal error: No AMPL stub: %s\n", t->name);
         return res;
