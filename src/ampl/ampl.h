@@ -3,7 +3,9 @@
  *   run.cpp          the order of the job, and what is released at its end
  *   transfer.cpp     a stub becomes task data
  *   read_model.cpp   the read of a stub and the tests of what it holds
- *   stub_check.cpp   the look through a stub before it is read, with stub_header.cpp, stub_expression.cpp, stub_reader.cpp
+ *   stub_check.cpp   the look through a stub before it is read, with stub_header.cpp, stub_matrix.cpp, stub_expression.cpp,
+ *                    stub_reader.cpp
+ *   stub_stream.cpp  what is read of it then
  *   guard.cpp        calls of the AMPL Solver Library that could end the process
  *   nonlinear.cpp    the second read of a nonlinear stub, as one that can be evaluated
  *   callbacks.cpp    what the optimiser asks of the structure of a nonlinear model
@@ -21,6 +23,9 @@
  * the library (ZLR_RES_...), and each step runs only while that is 0. */
 #pragma once
 
+#include "ampl/stub_matrix.h"
+
+// Last: it defines macros of everyday names.
 #include "ampl/asl_include.h"
 
 /* The row sides' part of a sensitivity analysis; the arrays of the columns' bounds have the length 0. */
@@ -96,10 +101,9 @@ void ZLR_amplfree(ASL **stub, Option_Info **options, ampl_data **adat);
 
 /* A stub as it was read. Arrays are from ZLR_calloctask; stub_model_free releases them. */
 struct stub_model {
-    int32_t *colstart;           /* n_var + 1 */
-    int32_t *rowno;              /* nzc */
-    const int32_t *row;          /* what the rows are taken from: rowno, or the library's own array */
-    double *value;               /* nzc */
+    stub_matrix matrix;          /* of nzc coefficients at most */
+    int32_t linear_are_known;    /* 1: the matrix has the coefficients of rows from nlc on, from before the read */
+    const int32_t *row;          /* what the rows are taken from: the matrix's, or the library's own array */
     double *conlower, *conupper; /* n_con */
     double *varlower, *varupper; /* n_var */
     double *c;                   /* n_var, linear objective */
@@ -114,14 +118,16 @@ struct stub_model {
         *conupper_as_given; /* nlc, from before the quadratic check, which moves constants into them */
 };
 
+/* Where coefficients are known already the file lacks them, or has the same ones. */
 [[nodiscard]] int32_t ZLR_amplreadmodel(ZLR_task *task, double droptol, double bigbound, ASL *asl, FILE **file,
                                         int32_t objno, ampl_data *adat, stub_model *model);
 void stub_model_free(ZLR_task *task, stub_model *model);
 
 /* ---- guard.cpp: where the library would end the process, by intent or not, these come back with a code ---- */
 
-/* jac0dim. *file is null for a stub that cannot be opened. ZLR_RES_ERR_AMPL_STUB: it is no stub. */
-[[nodiscard]] int32_t ampl_open_stub(ASL *asl, const char *name, FILE **file);
+/* jac0dim. *file is null for a stub that cannot be opened; otherwise it holds the segments, without the coefficients that are
+ * known, if any. ZLR_RES_ERR_AMPL_STUB: it is no stub. */
+[[nodiscard]] int32_t ampl_open_stub(ASL *asl, const char *name, FILE **file, const stub_matrix *known = nullptr);
 
 /* Gives the stub object the name that jac0dim would, for the .sol file of a stub that is not opened. */
 void ampl_name_stub(ASL *asl, const char *name);

@@ -7,27 +7,29 @@
 #include <csignal>
 #include <stdio_ext.h>
 
+#include "ampl/stub_stream.h"
+
 // Last: its macros must not meet the standard headers.
 #include "ampl/ampl.h"
 
-/* The stream that goes on where the header ends, with a buffer of 32 KiB: the library takes a stub in small pieces, 4 to 8 %
- * slower through the usual buffer. Where that cannot be the stream stays as it is. */
-static FILE *with_larger_buffer(ASL *asl, FILE *file)
+/* The stream that goes on where the header ends, without the coefficients that are known, and with a buffer of 32 KiB: the
+ * library takes a stub in small pieces, 4 to 8 % slower through the usual buffer. Where that cannot be the stream stays as it
+ * is. */
+static FILE *segments_stream(ASL *asl, FILE *file, const stub_matrix *known)
 {
     constexpr size_t buffer_bytes = 32768;
-    FILE *larger = std::fopen(filename, "rb");
-    if (larger == nullptr) return file;
+    FILE *stream = stub_stream_open(filename, std::ftell(file), known);
+    if (stream == nullptr) return file;
     auto *buffer = static_cast<char *>(M1alloc(buffer_bytes)); /* goes with the stub object, behind the stream */
-    if (std::setvbuf(larger, buffer, _IOFBF, buffer_bytes) != 0 ||
-        std::fseek(larger, std::ftell(file), SEEK_SET) != 0) {
-        (void)std::fclose(larger);
+    if (std::setvbuf(stream, buffer, _IOFBF, buffer_bytes) != 0) {
+        (void)std::fclose(stream);
         return file;
     }
     (void)std::fclose(file);
-    return larger;
+    return stream;
 }
 
-int32_t ampl_open_stub(ASL *asl, const char *name, FILE **file)
+int32_t ampl_open_stub(ASL *asl, const char *name, FILE **file, const stub_matrix *known)
 {
     Jmp_buf back;
     *file = nullptr;
@@ -40,7 +42,7 @@ int32_t ampl_open_stub(ASL *asl, const char *name, FILE **file)
     *file = jac0dim(name, static_cast<ftnlen>(std::strlen(name)));
     asl->i.err_jmp1_ = nullptr;
     if (*file == nullptr) return ZLR_RES_OK;
-    *file = with_larger_buffer(asl, *file);
+    *file = segments_stream(asl, *file, known);
     /* The reader takes a number a call, and nobody else has the file: locking it each time is felt. */
     (void)__fsetlocking(*file, FSETLOCKING_BYCALLER);
     return ZLR_RES_OK;

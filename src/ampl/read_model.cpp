@@ -22,16 +22,13 @@ void stub_model_free(ZLR_task *task, stub_model *model)
     ampl_free(task, &model->varlower);
     ampl_free(task, &model->conupper);
     ampl_free(task, &model->conlower);
-    ampl_free(task, &model->value);
-    ampl_free(task, &model->rowno);
-    ampl_free(task, &model->colstart);
+    stub_matrix_free(task, &model->matrix);
 }
 
 static int32_t make_arrays(ZLR_task *task, ASL *asl, stub_model *model)
 {
-    int32_t res = ampl_calloc(task, n_var + 1, &model->colstart);
-    if (res == ZLR_RES_OK) res = ampl_calloc(task, nzc, &model->rowno);
-    if (res == ZLR_RES_OK) res = ampl_calloc(task, nzc, &model->value);
+    int32_t res = ZLR_RES_OK;
+    if (!model->linear_are_known) res = stub_matrix_make(task, n_var, nzc, &model->matrix);
     if (res == ZLR_RES_OK) res = ampl_calloc(task, n_con, &model->conlower);
     if (res == ZLR_RES_OK) res = ampl_calloc(task, n_con, &model->conupper);
     if (res == ZLR_RES_OK) res = ampl_calloc(task, n_var, &model->varlower);
@@ -40,7 +37,7 @@ static int32_t make_arrays(ZLR_task *task, ASL *asl, stub_model *model)
     if (res != ZLR_RES_OK) return res;
 
     /* The reader fills these; without a place for the values it builds row lists (Cgrad) instead. */
-    A_vals = nlc == 0 ? model->value : nullptr;
+    A_vals = nlc == 0 ? model->matrix.value : nullptr;
     A_rownos = nullptr;
     LUrhs = model->conlower;
     Urhsx = model->conupper;
@@ -145,24 +142,82 @@ static void read_linear_objective(ASL *asl, int32_t objno, stub_model *model)
     if (model->nonlinear && nlvo != 0) std::fill_n(model->c, nlmax, 0.0);
 }
 
-/* The matrix from the row lists. Rows that are evaluated have no linear coefficients in the task. Within a column the rows
- * stand in descending order. */
-static void build_matrix(const ASL *asl, double droptol, stub_model *model)
+/* Where the coefficients come from that a matrix is built of. */
+struct row_sources {
+    int32_t first, end;       /* rows of the library's lists */
+    const stub_matrix *known; /* further rows, from `first_known` on; null: none */
+    int32_t first_known;
+    double droptol;
+};
+
+/* What is no number is kept: the task refuses it. */
+static bool is_kept(const row_sources *from, double coef) { return !(std::fabs(coef) <= from->droptol); }
+
+/* Whether an entry is of one of the further rows, and kept. */
+static bool is_wanted(const row_sources *from, int32_t p)
+{
+    return from->known->rowno[p] >= from->first_known && is_kept(from, from->known->value[p]);
+}
+
+/* Each start is the end of its column when this is done. */
+static void count_coefs(const ASL *asl, const row_sources *from, int32_t *colstart)
+{
+    const stub_matrix *known = from->known;
+    std::fill_n(colstart, n_var + 1, 0);
+    for (int32_t i = from->first; i < from->end; ++i)
+        for (const cgrad *cg = Cgrad[i]; cg != nullptr; cg = cg->next)
+            if (is_kept(from, cg->coef)) ++colstart[cg->varno];
+    for (int32_t j = 0; j < n_var; ++j) {
+        if (known != nullptr)
+            for (int32_t p = known->colstart[j]; p < known->colstart[j + 1]; ++p) colstart[j] += is_wanted(from, p);
+        colstart[j + 1] += colstart[j];
+    }
+}
+
+/* Columns are filled from the back, so that within a column the rows stand in descending order: each start comes down to its
+ * column's beginning. */
+static void fill_matrix(const ASL *asl, const row_sources *from, const stub_matrix *m)
+{
+    const stub_matrix *known = from->known;
+    for (int32_t i = from->first; i < from->end; ++i)
+        for (const cgrad *cg = Cgrad[i]; cg != nullptr; cg = cg->next) {
+            if (!is_kept(from, cg->coef)) continue;
+            const int32_t at = --m->colstart[cg->varno];
+            m->rowno[at] = i;
+            m->value[at] = cg->coef;
+        }
+    for (int32_t j = 0; known != nullptr && j < n_var; ++j)
+        for (int32_t p = known->colstart[j]; p < known->colstart[j + 1]; ++p) {
+            if (!is_wanted(from, p)) continue;
+            const int32_t at = --m->colstart[j];
+            m->rowno[at] = known->rowno[p];
+            m->value[at] = known->value[p];
+        }
+}
+
+/* The matrix from the row lists and the rows that are known. Rows that are evaluated have no linear coefficients in the
+ * task. */
+static int32_t build_matrix(ZLR_task *task, const ASL *asl, double droptol, stub_model *model)
 {
     const int32_t first = model->nonlinear ? nlc : 0;
-    std::fill_n(model->colstart, n_var + 1, 0);
-    for (int32_t i = first; i < n_con; ++i)
-        for (const cgrad *cg = Cgrad[i]; cg != nullptr; cg = cg->next)
-            if (std::fabs(cg->coef) > droptol) ++model->colstart[cg->varno];
-    for (int32_t j = 1; j <= n_var; ++j) model->colstart[j] += model->colstart[j - 1];
-    /* Each start is the end of its column now, and comes down to its beginning as the column is filled from the back. */
-    for (int32_t i = first; i < n_con; ++i)
-        for (const cgrad *cg = Cgrad[i]; cg != nullptr; cg = cg->next) {
-            if (std::fabs(cg->coef) <= droptol) continue;
-            const int32_t at = --model->colstart[cg->varno];
-            model->rowno[at] = i;
-            model->value[at] = cg->coef;
+    row_sources from = {first, n_con, nullptr, nlc, droptol};
+    stub_matrix built = model->matrix;
+    if (model->linear_are_known) {
+        built = {};
+        const int32_t res = stub_matrix_make(task, n_var, nzc, &built);
+        if (res != ZLR_RES_OK) {
+            stub_matrix_free(task, &built);
+            return res;
         }
+        from.end = nlc;
+        from.known = &model->matrix;
+    }
+    count_coefs(asl, &from, built.colstart);
+    fill_matrix(asl, &from, &built);
+    if (model->linear_are_known) stub_matrix_free(task, &model->matrix);
+    model->matrix = built;
+    model->row = built.rowno;
+    return ZLR_RES_OK;
 }
 
 /* Where AMPL_EXTENDED lets a two-sided quadratic row through, the model goes to the evaluator as a whole. */
@@ -201,17 +256,15 @@ int32_t ZLR_amplreadmodel(ZLR_task *task, double droptol, double bigbound, ASL *
     if (res == ZLR_RES_OK) res = read_objective(asl, objno, model);
     if (res != ZLR_RES_OK) return res;
 
-    if (nlc == 0 && A_colstarts != nullptr) {
-        std::copy_n(A_colstarts, n_var + 1, model->colstart);
+    if (nlc == 0 && model->linear_are_known) {
+        model->row = model->matrix.rowno;
+    } else if (nlc == 0 && A_colstarts != nullptr) {
+        std::copy_n(A_colstarts, n_var + 1, model->matrix.colstart);
         model->row = A_rownos; /* as good as a copy, and stays as long */
     }
     if (nlc > 0) res = check_rows(asl, adat, model);
     if (res == ZLR_RES_OK && !model->nonlinear && (nlo > 0 || nlc > 0)) res = find_quads(task, asl, objno, model);
     if (res != ZLR_RES_OK) return res;
     read_linear_objective(asl, objno, model);
-    if (nlc > 0) {
-        build_matrix(asl, droptol, model);
-        model->row = model->rowno;
-    }
-    return ZLR_RES_OK;
+    return nlc > 0 ? build_matrix(task, asl, droptol, model) : ZLR_RES_OK;
 }

@@ -2,7 +2,6 @@
 #include "ampl/stub_check.h"
 
 #include "ampl/stub_expression.h"
-#include "ampl/stub_header.h"
 
 #include <sys/stat.h>
 
@@ -14,24 +13,15 @@ struct stub_walk {
     stub_reader reader;
     stub_header header;
     stub_expression_scope scope;
-    unsigned char *has_row, *has_coefs, *has_objective, *has_gradient; /* C, J, O and G were there */
+    stub_coefs coefs;
+    unsigned char *has_row, *has_objective, *has_gradient; /* C, O and G were there */
     unsigned char *has_common, *has_func, *takes_text;
     int32_t *operands;
-    int32_t *left; /* of each column the coefficients that are still to come */
     bool is_known; /* the header is */
-    bool has_sides, has_bounds, has_starts, has_gradients, has_sets;
-    int64_t num_coefs;
+    bool has_sides, has_bounds, has_gradients, has_sets;
 };
 
 /* ---- Pieces of segments ---- */
-
-/* Marks what may come only once. */
-static bool mark(stub_reader *r, unsigned char *seen, const char *what, int32_t k)
-{
-    if (seen[k]) return stub_fault(r, "%s %d comes a second time", what, k);
-    seen[k] = 1;
-    return true;
-}
 
 /* Indices below a limit, each with a value. */
 template <bool binary>
@@ -49,29 +39,6 @@ static bool take_terms(stub_reader *r, const char *what, int32_t num, int32_t li
 }
 
 /* ---- Segments ---- */
-
-/* Coefficients of a row: the bulk of most stubs. */
-template <bool binary> static bool take_row_coefs(stub_walk *w)
-{
-    stub_reader *r = &w->reader;
-    const stub_header *h = &w->header;
-    const char *what = "a column";
-    int32_t i = 0;
-    int32_t num = 0;
-    if (!stub_take_number<binary>(r, "a row", 0, h->num_con - 1, &i) || !mark(r, w->has_coefs, "row", i)) return false;
-    if (!stub_take_number<binary>(r, "a count of coefficients", 1, h->num_var, &num) || !stub_end_line<binary>(r))
-        return false;
-    if (!w->has_starts) return stub_fault(r, "coefficients of a row come before the lengths of the columns (k)");
-    w->num_coefs += num;
-    for (int32_t k = 0; k < num; ++k) {
-        int32_t j = 0;
-        if (!stub_begin_line<binary>(r, what) || !stub_take_number<binary>(r, what, 0, h->num_var - 1, &j))
-            return false;
-        if (--w->left[j] < 0) return stub_fault(r, "column %d has more coefficients than its length (k) says", j);
-        if (!stub_take_real<binary>(r, "a coefficient") || !stub_end_line<binary>(r)) return false;
-    }
-    return true;
-}
 
 /* The library lists the columns that an objective lacks, and makes room for the list on the assumption that those that it
  * has ascend: `room` and `needed` follow what it does. */
@@ -103,7 +70,7 @@ template <bool binary> static bool take_gradient(stub_walk *w)
     int32_t k = 0;
     int32_t num = 0;
     if (!stub_take_number<binary>(r, "an objective", 0, w->header.num_obj - 1, &k) ||
-        !mark(r, w->has_gradient, "objective", k))
+        !stub_mark(r, w->has_gradient, "objective", k))
         return false;
     if (!stub_take_number<binary>(r, "a count of coefficients", 1, num_var, &num) || !stub_end_line<binary>(r))
         return false;
@@ -117,32 +84,6 @@ template <bool binary> static bool take_gradient(stub_walk *w)
     m.room += std::max(0, num_var - m.next);
     m.needed += std::max(0, num_var - m.at);
     return m.needed <= m.room || stub_fault(r, "the columns of objective %d do not ascend", k);
-}
-
-/* Lengths of the columns: where all but the last end (k), or how long they are (K). */
-template <bool binary> static bool take_starts(stub_walk *w, bool is_length)
-{
-    stub_reader *r = &w->reader;
-    const auto num_nz = static_cast<int32_t>(w->header.num_coefs);
-    const int32_t last = w->header.num_var - 1;
-    const char *what = "an end of a column";
-    int32_t num = 0;
-    int32_t end = 0;
-    if (w->has_starts) return stub_fault(r, "the lengths of the columns come a second time");
-    w->has_starts = true;
-    if (!stub_take_number<binary>(r, "a count of columns less one", last, last, &num) || !stub_end_line<binary>(r))
-        return false;
-    for (int32_t j = 0; j < last; ++j) {
-        int32_t value = 0;
-        if (!stub_begin_line<binary>(r, what)) return false;
-        if (!stub_take_number<binary>(r, what, is_length ? 0 : end, is_length ? num_nz - end : num_nz, &value))
-            return false;
-        w->left[j] = is_length ? value : value - end;
-        end += w->left[j];
-        if (!stub_end_line<binary>(r)) return false;
-    }
-    w->left[last] = num_nz - end;
-    return true;
 }
 
 /* Sides of rows or bounds of columns, each with its kind. */
@@ -179,7 +120,7 @@ template <bool binary> static bool take_common(stub_walk *w)
     int32_t num = 0;
     int32_t user = 0;
     if (!stub_take_number<binary>(r, "a common expression", num_var, num_var + h->num_common_all - 1, &k)) return false;
-    if (!mark(r, w->has_common, "common expression", k - num_var)) return false;
+    if (!stub_mark(r, w->has_common, "common expression", k - num_var)) return false;
     w->has_common[k - num_var] = 0; /* not yet defined: it may not use itself */
     if (!stub_take_number<binary>(r, "a count of terms", 0, num_var, &num)) return false;
     const bool is_shared = k < num_var + h->num_common;
@@ -218,7 +159,7 @@ template <bool binary> static bool take_function(stub_walk *w)
     int32_t k = 0;
     int32_t unused = 0;
     if (!stub_take_number<binary>(r, "a function", 0, w->header.num_func - 1, &k)) return false;
-    if (!mark(r, w->has_func, "function", k)) return false;
+    if (!stub_mark(r, w->has_func, "function", k)) return false;
     return stub_take_int<binary>(r, "a kind of function", &unused) &&
            stub_take_int<binary>(r, "a count of arguments", &unused) && take_name<binary>(r, name);
 }
@@ -255,7 +196,7 @@ static bool take_body(stub_walk *w, const char *what, int32_t limit, unsigned ch
     stub_reader *r = &w->reader;
     int32_t k = 0;
     int32_t sense = 0;
-    if (!stub_take_number<binary>(r, what, 0, limit - 1, &k) || (seen != nullptr && !mark(r, seen, what, k)))
+    if (!stub_take_number<binary>(r, what, 0, limit - 1, &k) || (seen != nullptr && !stub_mark(r, seen, what, k)))
         return false;
     if (has_sense && !stub_take_number<binary>(r, "a sense", 0, 1, &sense)) return false;
     return stub_end_line<binary>(r) && stub_take_expression<binary>(r, &w->scope);
@@ -266,7 +207,7 @@ template <bool binary> static bool take_segment(stub_walk *w, char letter)
     stub_reader *r = &w->reader;
     const stub_header *h = &w->header;
     switch (letter) {
-    case 'J': return take_row_coefs<binary>(w);
+    case 'J': return stub_take_row<binary>(r, h, &w->coefs);
     case 'G': return take_gradient<binary>(w);
     case 'C': return take_body<binary>(w, "row", h->num_con, w->has_row, false);
     case 'L': return take_body<binary>(w, "logical constraint", h->num_lcon, nullptr, false);
@@ -277,7 +218,7 @@ template <bool binary> static bool take_segment(stub_walk *w, char letter)
     case 'x': return take_start<binary>(w, "a column", h->num_var);
     case 'd': return take_start<binary>(w, "a row", h->num_con);
     case 'k':
-    case 'K': return take_starts<binary>(w, letter == 'K');
+    case 'K': return stub_take_starts<binary>(r, h, letter == 'K', &w->coefs);
     case 'r': /* where these two come again, the last ones count */
         w->has_sides = true;
         return take_bounds<binary>(w, "the sides of a row", h->num_con, h->has_conditions);
@@ -301,9 +242,9 @@ static bool check_end(stub_walk *w)
     const stub_header *h = &w->header;
     if (!w->has_bounds) return stub_fault(r, "the file ends without the bounds of the columns");
     if (!w->has_sides && h->num_con > 0) return stub_fault(r, "the file ends without the sides of the rows");
-    if (w->num_coefs != h->num_coefs)
+    if (w->coefs.num != h->num_coefs)
         return stub_fault(r, "expected %ld coefficients of rows, found %ld", static_cast<long>(h->num_coefs),
-                          static_cast<long>(w->num_coefs));
+                          static_cast<long>(w->coefs.num));
     /* Their count in the header is not always true: some writers are careless with it. */
     if (!w->has_gradients && h->num_gradients > 0)
         return stub_fault(r, "the file ends without the coefficients of the objectives");
@@ -325,14 +266,13 @@ static int32_t make_arrays(ZLR_task *task, stub_walk *w)
 {
     const stub_header *h = &w->header;
     int32_t res = ampl_calloc(task, h->num_con, &w->has_row);
-    if (res == ZLR_RES_OK) res = ampl_calloc(task, h->num_con, &w->has_coefs);
     if (res == ZLR_RES_OK) res = ampl_calloc(task, h->num_obj, &w->has_objective);
     if (res == ZLR_RES_OK) res = ampl_calloc(task, h->num_obj, &w->has_gradient);
     if (res == ZLR_RES_OK) res = ampl_calloc(task, h->num_common_all, &w->has_common);
     if (res == ZLR_RES_OK) res = ampl_calloc(task, h->num_func, &w->has_func);
     if (res == ZLR_RES_OK) res = ampl_calloc(task, stub_max_depth, &w->takes_text);
     if (res == ZLR_RES_OK) res = ampl_calloc(task, stub_max_depth, &w->operands);
-    if (res == ZLR_RES_OK) res = ampl_calloc(task, h->num_var, &w->left);
+    if (res == ZLR_RES_OK) res = stub_coefs_make(task, h, &w->coefs);
     w->scope = {h->num_var,   h->num_var + h->num_common_all, h->num_func, w->has_common, w->has_func, w->operands,
                 w->takes_text};
     return res;
@@ -340,10 +280,10 @@ static int32_t make_arrays(ZLR_task *task, stub_walk *w)
 
 static void free_arrays(ZLR_task *task, stub_walk *w)
 {
-    ampl_free(task, &w->left);
+    stub_coefs_free(task, &w->coefs);
     ampl_free(task, &w->operands);
-    for (unsigned char **block : {&w->takes_text, &w->has_func, &w->has_common, &w->has_gradient, &w->has_objective,
-                                  &w->has_coefs, &w->has_row})
+    for (unsigned char **block :
+         {&w->takes_text, &w->has_func, &w->has_common, &w->has_gradient, &w->has_objective, &w->has_row})
         ampl_free(task, block);
     ampl_free(task, &w->reader.block);
 }
@@ -374,7 +314,7 @@ static std::FILE *open_file(const char *name, std::string *path)
     return std::fopen(path->c_str(), "rb");
 }
 
-int32_t stub_check(ZLR_task *task, const char *name, stub_facts *facts, char *fault)
+int32_t stub_check(ZLR_task *task, const char *name, stub_facts *facts, stub_matrix *matrix, char *fault)
 {
     std::string path;
     std::FILE *file = open_file(name, &path);
@@ -391,6 +331,7 @@ int32_t stub_check(ZLR_task *task, const char *name, stub_facts *facts, char *fa
         w.reader.size = about.st_size;
         res = check_file(task, &w);
     }
+    if (res == ZLR_RES_OK) stub_coefs_release(&w.reader, &w.header, &w.coefs, matrix);
     std::memcpy(fault, w.reader.fault, stub_fault_bytes);
     *facts = {w.is_known ? w.header.num_con : 0, w.is_known ? w.header.num_var : 0, w.has_sets};
     free_arrays(task, &w);

@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <cctype>
+#include <charconv>
 #include <cinttypes>
+#include <cmath>
 #include <cstdarg>
 #include <cstdlib>
 
@@ -62,7 +64,7 @@ static const char *const place_names[] = {"line", "byte"};
 bool stub_fault(stub_reader *r, const char *format, ...)
 {
     if (r->fault[0] != 0) return false; /* the first one says it */
-    const int64_t place = r->is_binary ? r->offset + (r->at - r->block) : r->line;
+    const int64_t place = r->is_binary ? stub_place(r) : r->line;
     char what[256];
     va_list args;
     va_start(args, format);
@@ -117,18 +119,27 @@ bool stub_ends(stub_reader *r, const char *what)
 
 /* ---- Seldom items ---- */
 
-/* With an exponent, or one of the words for what is no number; the line end stops it at the latest. */
-bool stub_take_odd_real(stub_reader *r, const char *what)
+/* What may stand behind a number. */
+static bool ends_number(char c) { return c != 0 && std::strchr(" \t\r\n#", c) != nullptr; }
+
+/* With an exponent, many digits, or one of the words for what is no number; the line end stops it at the latest. */
+bool stub_take_odd_real(stub_reader *r, const char *what, double *value)
 {
     const char *p = r->at;
     while (*p == ' ') ++p;
     if (*p == '\n' || *p == '\t' || *p == '\r') return stub_expected(r, what);
+    const std::from_chars_result plain = std::from_chars(p, r->end, *value);
+    if (plain.ec == std::errc() && std::isfinite(*value) && ends_number(*plain.ptr)) {
+        r->at = plain.ptr;
+        return true;
+    }
     char *behind = nullptr;
-    (void)std::strtod(p, &behind);
-    const bool is_number = behind != p && *behind != 0 && std::strchr(" \t\r\n#", *behind) != nullptr;
+    *value = std::strtod(p, &behind);
+    const bool is_number = behind != p && ends_number(*behind);
     const bool is_hexadecimal =
         std::any_of(p, static_cast<const char *>(behind), [](char c) { return c == 'x' || c == 'X'; });
     if (!is_number || is_hexadecimal) return stub_expected(r, what); /* the library stops at the x */
+    if (!std::isfinite(*value)) r->has_words = true;
     r->at = behind;
     return true;
 }
@@ -137,7 +148,7 @@ bool stub_end_odd_line(stub_reader *r)
 {
     if (r->at - r->begin > stub_line_bytes)
         return stub_fault(r, "the line's numbers go beyond its first %d letters", stub_line_bytes);
-    if (std::strchr(" \t\r\n#", *r->at) == nullptr || *r->at == 0) return stub_expected(r, "the end of the line");
+    if (!ends_number(*r->at)) return stub_expected(r, "the end of the line");
     return stub_skip_line(r);
 }
 

@@ -32,6 +32,7 @@ struct stub_reader {
     int64_t size;         /* of the file */
     bool is_binary;
     bool is_swapped; /* numbers are in the other byte order than this machine's */
+    bool has_words;  /* for numbers, as of infinity, or numbers of the text that are too large to be one */
     char fault[stub_fault_bytes];
 };
 
@@ -53,13 +54,24 @@ bool stub_expected(stub_reader *r, const char *what);
 bool stub_out_of_range(stub_reader *r, const char *what, int64_t value, int64_t low, int64_t high);
 bool stub_ends(stub_reader *r, const char *what);
 
-/* In text, what is seldom: a real number with more to it than digits and a point, the end of a line that is more than a line
+/* In text, what is seldom: a real number with more to it than some digits and a point, the end of a line that is more than a line
  * end, the rest of a line. */
-[[nodiscard]] bool stub_take_odd_real(stub_reader *r, const char *what);
+[[nodiscard]] bool stub_take_odd_real(stub_reader *r, const char *what, double *value);
 [[nodiscard]] bool stub_end_odd_line(stub_reader *r);
 [[nodiscard]] bool stub_skip_line(stub_reader *r);
 
-inline int64_t stub_bytes_left(const stub_reader *r) { return r->size - r->offset - (r->at - r->block); }
+/* Where `at` is in the file. */
+inline int64_t stub_place(const stub_reader *r) { return r->offset + (r->at - r->block); }
+
+inline int64_t stub_bytes_left(const stub_reader *r) { return r->size - stub_place(r); }
+
+/* Marks what may come only once. */
+inline bool stub_mark(stub_reader *r, unsigned char *seen, const char *what, int32_t k)
+{
+    if (seen[k]) return stub_fault(r, "%s %d comes a second time", what, k);
+    seen[k] = 1;
+    return true;
+}
 
 inline bool stub_is_digit(char c) { return static_cast<unsigned char>(c - '0') <= 9; }
 
@@ -123,27 +135,60 @@ template <bool binary> inline bool stub_take_int(stub_reader *r, const char *wha
     return true;
 }
 
-template <bool binary> inline bool stub_take_real(stub_reader *r, const char *what)
+/* Whole numbers below 2^53 and powers of ten up to this are exact, and so is the rounding of their quotient. */
+inline constexpr int32_t stub_max_power = 22;
+inline constexpr double stub_powers[stub_max_power + 1] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                           1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                                           1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+/* More digits than this may not fit 64 bits. */
+inline constexpr int64_t stub_max_digits = 19;
+
+/* A real number, correctly rounded. */
+template <bool binary> inline bool stub_take_value(stub_reader *r, const char *what, double *value)
 {
     if constexpr (binary) {
         if (!stub_need_bytes(r, 8, what)) return false;
+        uint64_t bits = 0;
+        std::memcpy(&bits, r->at, 8);
+        if (r->is_swapped) bits = __builtin_bswap64(bits);
+        std::memcpy(value, &bits, 8);
         r->at += 8;
         return true;
     }
     const char *p = r->at;
     while (*p == ' ') ++p;
-    if (*p == '-') ++p;
+    const bool is_negative = *p == '-';
+    if (is_negative) ++p;
     const char *digits = p;
-    while (stub_is_digit(*p)) ++p;
+    uint64_t number = 0;
+    for (; stub_is_digit(*p); ++p) number = 10 * number + static_cast<uint64_t>(*p - '0');
     int64_t num = p - digits;
+    int64_t behind_point = 0;
     if (*p == '.') {
         const char *point = p++;
-        while (stub_is_digit(*p)) ++p;
-        num += p - point - 1;
+        for (; stub_is_digit(*p); ++p) number = 10 * number + static_cast<uint64_t>(*p - '0');
+        behind_point = p - point - 1;
+        num += behind_point;
     }
-    if (num == 0 || (*p != '\n' && *p != ' ')) return stub_take_odd_real(r, what);
+    const bool is_exact = num <= stub_max_digits && number <= (uint64_t{1} << 53);
+    if (num == 0 || !is_exact || (*p != '\n' && *p != ' ')) return stub_take_odd_real(r, what, value);
+    const double size = static_cast<double>(number) / stub_powers[behind_point];
+    *value = is_negative ? -size : size;
     r->at = p;
     return true;
+}
+
+/* A real number whose value is not wanted. */
+template <bool binary> inline bool stub_take_real(stub_reader *r, const char *what)
+{
+    double value = 0;
+    if constexpr (binary) {
+        if (!stub_need_bytes(r, 8, what)) return false;
+        r->at += 8;
+        return true;
+    }
+    return stub_take_value<binary>(r, what, &value);
 }
 
 /* An integer from low to high. */

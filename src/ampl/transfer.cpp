@@ -43,12 +43,13 @@ static int32_t read_arguments(transfer *t, ASL *asl, char **argv)
     return ZLR_RES_ERR_AMPL_STUB;
 }
 
-/* Looks through the stub. What is wrong with it is kept for the .sol file. */
+/* Looks through the stub, and keeps the matrix where that can be. What is wrong with it is kept for the .sol file. */
 static int32_t look_through(transfer *t, ASL *asl)
 {
     char fault[stub_fault_bytes] = "";
     stub_facts facts = {};
-    int32_t res = stub_check(t->task, t->name, &facts, fault);
+    int32_t res = stub_check(t->task, t->name, &facts, &t->model.matrix, fault);
+    t->model.linear_are_known = t->model.matrix.value != nullptr;
     if (res == ZLR_RES_OK && facts.has_sets) res = ampl_refuse_sets(t->task, t->adat);
     if (res == ZLR_RES_ERR_AMPL_STUB && fault[0] != 0) {
         t->adat->fault = ZLR_strduptask(t->task, fault);
@@ -65,7 +66,7 @@ static int32_t open_stub(transfer *t, ASL *asl, FILE **file)
 {
     int32_t res = look_through(t, asl);
     if (res != ZLR_RES_OK && res != ZLR_RES_ERR_FILE_READ) return res;
-    res = ampl_open_stub(asl, t->name, file);
+    res = ampl_open_stub(asl, t->name, file, &t->model.matrix);
     if (res != ZLR_RES_OK) {
         ZLR_echotask(t->task, ZLR_STREAM_MSG, "** Fatal error: No AMPL stub: %s\n", t->name);
         return res;
@@ -105,7 +106,7 @@ static int32_t bound_key(double infinite, double lower, double upper)
 
 static int32_t put_sizes(transfer *t, ASL *asl)
 {
-    const int64_t num_nz = n_con > 0 && n_var > 0 ? t->model.colstart[n_var] : 0;
+    const int64_t num_nz = n_con > 0 && n_var > 0 ? t->model.matrix.colstart[n_var] : 0;
     int32_t res = ZLR_putmaxnumcon(t->task, n_con);
     if (res == ZLR_RES_OK) res = ZLR_putmaxnumvar(t->task, n_var);
     if (res == ZLR_RES_OK) res = ZLR_putmaxnumanz(t->task, num_nz);
@@ -126,8 +127,8 @@ static int32_t put_linear(transfer *t, ASL *asl)
         res = ZLR_putvarbound(t->task, j, t->varkey[j], m->varlower[j], m->varupper[j]);
     if (n_con == 0) return res;
     for (int32_t j = 0; j < n_var && res == ZLR_RES_OK; ++j) {
-        const int32_t begin = m->colstart[j];
-        res = ZLR_putacol(t->task, j, m->colstart[j + 1] - begin, m->row + begin, m->value + begin);
+        const int32_t begin = m->matrix.colstart[j];
+        res = ZLR_putacol(t->task, j, m->matrix.colstart[j + 1] - begin, m->row + begin, m->matrix.value + begin);
     }
     return res;
 }

@@ -62,6 +62,35 @@ TEST(ampl_model, text_and_binary_forms)
     }
 }
 
+/* Coefficients of rows that stand in one piece, in two, or in another order than the rows: within a column they keep the
+ * file's order. */
+TEST(ampl_model, coefficients_in_pieces)
+{
+    const std::string j0 = "J0 2\n0 1\n1 1\n", j1 = "J1 2\n0 1\n1 -1\n", g = "G0 2\n0 1\n1 2\n", b = "b\n2 0\n2 0\n";
+    const std::string ascending = "putacol(task1, 0, 2, {0 1}, {1 1})\nputacol(task1, 1, 2, {0 1}, {1 -1})\n";
+    const std::string descending = "putacol(task1, 0, 2, {1 0}, {1 1})\nputacol(task1, 1, 2, {1 0}, {-1 1})\n";
+    const struct {
+        const char *name;
+        std::string end; /* of the stub, behind the lengths of the columns */
+        std::string expected;
+    } cases[] = {
+        {"one piece", b + j0 + j1 + g, ascending},        {"at the end", b + g + j0 + j1, ascending},
+        {"two pieces", b + j0 + g + j1, ascending},       {"descending", b + j1 + j0 + g, descending},
+        {"two, descending", j1 + b + j0 + g, descending}, {"in front", j0 + j1 + g + b, ascending},
+    };
+    const std::string text = nl_text(small_model());
+    const size_t at = text.find("b\n2 0\n2 0\n"), k = text.find("k1\n2\n");
+    ASSERT_TRUE(at < k && k != std::string::npos);
+    for (const auto &item : cases) {
+        SCOPED_TRACE(item.name);
+        const ampl_result result = run_ampl({.stub = text.substr(0, at) + "k1\n2\n" + item.end, .may_fail = false});
+        EXPECT_EQ(part_of(result, "putacol"), item.expected);
+        EXPECT_EQ(part_of(result, "putclist"), "putclist(task1, 1, {0}, {1})\nputclist(task1, 1, {1}, {2})\n");
+        EXPECT_EQ(part_of(result, "putvarbound"),
+                  "putvarbound(task1, 0, 0, 0, inf)\nputvarbound(task1, 1, 0, 0, inf)\n");
+    }
+}
+
 /* ---- Bounds ---- */
 
 TEST(ampl_model, keys_of_bounds)

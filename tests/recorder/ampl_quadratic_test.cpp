@@ -138,6 +138,28 @@ TEST(ampl_quadratic, two_sided_rows)
     }
 }
 
+/* Coefficients of linear rows beside those of a quadratic row, whose own linear part the expression adds to: in whatever
+ * order the file has them the rows of a column descend. */
+TEST(ampl_quadratic, linear_rows_in_any_order)
+{
+    const std::string j0 = "J0 2\n0 1\n1 1\n", j1 = "J1 2\n0 1\n1 -1\n", j2 = "J2 1\n1 7\n", g = "G0 2\n0 1\n1 2\n";
+    nl_model model = quadratic_row(-nl_infinite, 10.0);
+    model.rows.push_back({.upper = 5.0, .linear = {{1, 7.0}}});
+    model.rows[0].nonlinear = "o5\n" + nl_plus(nl_variable(0), nl_number(2)) + nl_number(2);
+    const std::string text = nl_text(model);
+    const std::string begin = text.substr(0, text.find("J0 2"));
+    ASSERT_EQ(text, begin + j0 + j1 + j2 + g);
+    for (const std::string &end : {j0 + j1 + j2 + g, g + j0 + j1 + j2, j1 + j2 + g + j0, j0 + g + j1 + j2,
+                                   j1 + j0 + j2 + g, j0 + j2 + j1 + g, j2 + j1 + j0 + g, j1 + g + j2 + j0}) {
+        const ampl_result result = run_ampl({.stub = begin + end, .may_fail = false});
+        EXPECT_EQ(part_of(result, "putmaxnumanz putconbound putacol putqconk"),
+                  "putmaxnumanz(task1, 5)\nputconbound(task1, 0, 1, -inf, 6)\nputconbound(task1, 1, 1, -inf, 2)\n"
+                  "putconbound(task1, 2, 1, -inf, 5)\nputacol(task1, 0, 2, {1 0}, {1 5})\n"
+                  "putacol(task1, 1, 3, {2 1 0}, {7 -1 1})\nputqconk(task1, 0, 1, {0}, {0}, {2})\n")
+            << end;
+    }
+}
+
 /* ---- The drop tolerance ---- */
 
 TEST(ampl_quadratic, drop_tolerance_where_rows_are_not_linear)

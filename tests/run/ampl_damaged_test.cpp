@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <limits>
 #include <random>
 #include <sstream>
 
@@ -247,6 +248,25 @@ TEST(ampl_damaged, deep_expressions)
         const stub_run run = run_stub(folder, true);
         EXPECT_EQ(run.sol.find("more than 10000 operators deep") != std::string::npos, depth > 10000) << run.sol;
     }
+}
+
+/* Coefficients that are no numbers, in a model with a quadratic row, are refused by the task. */
+TEST(ampl_damaged, coefficients_that_are_no_numbers)
+{
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    for (const nl_form form : {NL_TEXT, NL_BINARY})
+        for (const size_t row : {size_t{0}, size_t{1}}) {
+            SCOPED_TRACE("form " + std::to_string(form) + ", row " + std::to_string(row));
+            nl_model model = rich_model();
+            model.commons.clear();
+            model.rows[0].nonlinear = nl_square(0);
+            for (auto &[j, value] : model.rows[row].linear) value = nan;
+            const temp_folder folder;
+            file_write(folder.file("s.nl"), nl_text(model, form));
+            const stub_run run = run_stub(folder, true);
+            EXPECT_EQ(run.code, "ZLR_RES_ERR_NAN");
+            EXPECT_NE(run.sol.find("A value is not a number"), std::string::npos) << run.sol;
+        }
 }
 
 /* ---- Cuts ---- */
