@@ -1,177 +1,11 @@
 /* local.cpp - see local.h: the attempts, and what comes of them. */
 #include "solver/engines/local.h"
 
-#include "solver/engines/gradient.h"
+#include "solver/engines/local_attempts.h"
 #include "solver/engines/local_watch.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
-#include <new>
-#include <random>
-
-/* One way to try. */
-struct local_attempt {
-    const char *what; /* for the log, behind the method's name */
-    std::vector<engine_option> extra;
-    bool is_warm = false;      /* from multipliers as well */
-    bool is_perturbed = false; /* from somewhere near the start */
-    bool has_ranges = false;   /* equations are taken as narrow ranges */
-    bool goes_on = false;      /* from where the last attempt ended, with its multipliers */
-};
-
-static engine_option number_option(const char *name, double value)
-{
-    engine_option o;
-    o.name = name;
-    o.param_class = ZLR_PAR_DOUBLE;
-    o.dou = value;
-    return o;
-}
-
-static engine_option word_option(const char *name, const char *word)
-{
-    engine_option o;
-    o.name = name;
-    o.param_class = ZLR_PAR_INT;
-    o.str = word;
-    return o;
-}
-
-/* Settings for a start next to a solution. */
-static std::vector<engine_option> near_options(const param_set *params, double mu)
-{
-    std::vector<engine_option> options;
-    for (const char *name : {"warm_start_bound_push", "warm_start_slack_bound_push", "warm_start_mult_bound_push"})
-        options.push_back(number_option(name, 1e-8));
-    if (param_is_default(params, param_find(ZLR_PAR_DOUBLE, DPAR_NLP_MU_INIT)))
-        options.push_back(number_option("mu_init", mu));
-    return options;
-}
-
-/* An answer by the engine's measure that misses the library's: the engine's is of the scaled problem, with bounds widened by
- * a share of their size, and the point is put back on them at the end, which can move rows. */
-static local_attempt sharper(const param_set *params)
-{
-    local_attempt attempt = {" from there, without scaling and relaxation", near_options(params, 1e-9)};
-    attempt.goes_on = true;
-    attempt.extra.push_back(word_option("nlp_scaling_method", "none"));
-    attempt.extra.push_back(number_option("bound_relax_factor", 0.0));
-    attempt.extra.push_back(number_option("constr_viol_tol", 1e-8));
-    return attempt;
-}
-
-/* From the measured settings: what helps a solve that has started badly is above all another path to the solution. */
-static std::vector<local_attempt> attempts_of(const param_set *params, bool has_warm)
-{
-    std::vector<local_attempt> all;
-    if (has_warm) {
-        all.push_back({" from the multipliers of the start", near_options(params, 1e-7), true});
-    }
-    const bool is_adaptive = param_int(params, IPAR_NLP_MU_STRATEGY) != 0;
-    const bool is_scaled = param_int(params, IPAR_NLP_SCALING) != 0;
-    all.push_back({"", {}});
-    all.push_back(
-        {" from further within the bounds", {number_option("bound_push", 1.0), number_option("bound_frac", 0.5)}});
-    all.push_back({is_adaptive ? " with a monotone barrier" : " with an adaptive barrier",
-                   {word_option("mu_strategy", is_adaptive ? "monotone" : "adaptive")}});
-    all.push_back({is_scaled ? " without scaling" : " with scaling",
-                   {word_option("nlp_scaling_method", is_scaled ? "none" : "gradient-based")}});
-    local_attempt perturbed = {" from a perturbed start", {}};
-    perturbed.is_perturbed = true;
-    all.push_back(std::move(perturbed));
-    const int32_t most = param_int(params, IPAR_NLP_MAX_ATTEMPTS);
-    if (most > 0 && all.size() > static_cast<size_t>(most)) all.resize(static_cast<size_t>(most));
-    return all;
-}
-
-/* ---- the start */
-
-/* The given start, or the point next to 0, within the bounds. */
-static std::vector<double> point_of(const optimization *o)
-{
-    const model *m = o->problem.get();
-    std::vector<double> x = o->start.x;
-    x.resize(static_cast<size_t>(m->num_var), 0.0);
-    for (size_t j = 0; j < x.size(); j++) x[j] = std::min(std::max(x[j], m->var_lower[j]), m->var_upper[j]);
-    return x;
-}
-
-/* Every column moves by up to a tenth of its size, and stays within its bounds. */
-static void perturb(const optimization *o, std::vector<double> *x)
-{
-    const model *m = o->problem.get();
-    std::mt19937 random(static_cast<uint32_t>(param_int(&o->task->params, IPAR_RANDOM_SEED)) + 1u);
-    std::uniform_real_distribution<double> share(-0.1, 0.1);
-    for (size_t j = 0; j < x->size(); j++) {
-        (*x)[j] += share(random) * std::max(1.0, std::fabs((*x)[j]));
-        (*x)[j] = std::min(std::max((*x)[j], m->var_lower[j]), m->var_upper[j]);
-    }
-}
-
-/* The engine's multipliers from the library's; see smooth.h and zelor.h for the signs. */
-static void multipliers_of(const optimization *o, double sign, smooth_start *start)
-{
-    solution at;
-    solution_reset(&at, o->problem->num_con, o->problem->num_var);
-    at.xx = start->x;
-    at.y = o->start.y;
-    at.has_primal = at.has_dual = true;
-    if (!gradient_exists(o->problem.get(), &at)) return;
-    for (const double y : at.y) start->lambda.push_back(-sign * y);
-    for (const reduced_cost &d : gradient_reduced_costs(o->problem.get(), nullptr, &at)) {
-        start->z_lower.push_back(std::max(0.0, sign * d.value));
-        start->z_upper.push_back(std::max(0.0, -sign * d.value));
-    }
-}
-
-/* Multipliers of a start serve where the point is near an optimum already; far from it they mislead. */
-static bool has_warm_start(const optimization *o)
-{
-    constexpr double near = 1e4; /* times the tolerances */
-    const int32_t wanted = param_int(&o->task->params, IPAR_NLP_WARM_START);
-    const model *m = o->problem.get();
-    if (wanted == NLP_WARM_START_OFF || o->start.x.size() != static_cast<size_t>(m->num_var) ||
-        o->start.y.size() != static_cast<size_t>(m->num_con))
-        return false;
-    if (wanted == NLP_WARM_START_ON) return true;
-    engine_answer given;
-    solution sol;
-    given.x = o->start.x;
-    given.y = o->start.y;
-    const check_result found = answer_to_solution(m, &o->tol, &given, ZLR_SOL_ITR, &sol);
-    return m->num_con > 0 && found.primal <= near && found.dual <= near;
-}
-
-/* ---- an attempt */
-
-/* "name=value" pairs with blanks or commas between. */
-static std::vector<engine_option> options_of_text(const char *text)
-{
-    std::vector<engine_option> all;
-    for (const char *c = text; *c != '\0';) {
-        const size_t length = std::strcspn(c, " ,");
-        const std::string pair(c, length);
-        const size_t equal = pair.find('=');
-        c += length + (c[length] != '\0' ? 1 : 0);
-        if (pair.empty()) continue;
-        engine_option o;
-        o.name = pair.substr(0, equal);
-        o.param_class = ZLR_PAR_STR; /* the engine takes the text for what the option is */
-        o.str = equal == std::string::npos ? "" : pair.substr(equal + 1);
-        all.push_back(std::move(o));
-    }
-    return all;
-}
-
-static std::vector<engine_option> options_of(const optimization *o, const local_attempt *attempt)
-{
-    const param_set *params = &o->task->params;
-    std::vector<engine_option> all = plan_options(o->table->smooth, params);
-    all.insert(all.end(), attempt->extra.begin(), attempt->extra.end());
-    for (engine_option &option : options_of_text(param_str(params, SPAR_NLP_OPTIONS))) all.push_back(std::move(option));
-    return all;
-}
 
 /* Equations as ranges far narrower than the tolerance. */
 static void open_equations(smooth_problem *problem)
@@ -193,13 +27,19 @@ static engine_answer answer_of(const local_watch *w, const smooth_answer *a)
     answer.message = a->message;
     answer.ipm_iterations = a->iterations;
     answer.x = a->x;
-    if (a->end == SMOOTH_SQUARE_SOLVED) { /* multipliers were not looked for, and most such problems need none */
-        answer.y.assign(a->lambda.size(), 0.0);
-        return answer;
-    }
     for (const double lambda : a->lambda) answer.y.push_back(-sign * lambda);
     for (size_t j = 0; j < a->z_lower.size(); j++) answer.reduced.push_back(sign * (a->z_lower[j] - a->z_upper[j]));
     return answer;
+}
+
+/* Multipliers that fit at a point say nothing of the problem's dual, and nothing at all where the point is not feasible. */
+static void local_status(solution *sol)
+{
+    if (sol->prosta == ZLR_PRO_PRIM_AND_DUAL_FEAS) sol->prosta = ZLR_PRO_PRIM_FEAS;
+    if (sol->prosta == ZLR_PRO_DUAL_FEAS) sol->prosta = ZLR_PRO_UNKNOWN;
+    if (sol->solsta == ZLR_SOLSTA_PRIM_AND_DUAL_FEAS) sol->solsta = ZLR_SOLSTA_PRIM_FEAS;
+    if (sol->solsta == ZLR_SOLSTA_DUAL_FEAS || sol->solsta == ZLR_SOLSTA_NEAR_DUAL_FEAS)
+        sol->solsta = ZLR_SOLSTA_UNKNOWN;
 }
 
 /* Takes a point where it is better than the one there is: by status, feasible ones by the objective, others by how far they
@@ -212,6 +52,7 @@ static std::string take_point(optimization *o, const engine_answer *answer, cons
     const check_result found = answer_to_solution(m, &o->tol, answer, ZLR_SOL_ITR, &sol);
     if (o->run.engine.empty()) judge_credit(o, who);
     if (!sol.defined || !sol.has_primal) return "it has no point";
+    local_status(&sol);
     const std::string complaint = sol.solsta == ZLR_SOLSTA_OPTIMAL ? "" : answer_complaint(m, &found, &sol);
     const int32_t rank = check_rank(sol.solsta), best_rank = check_rank(best->solsta);
     const double sign = m->sense == ZLR_SENSE_MAX ? -1.0 : 1.0;
@@ -250,20 +91,18 @@ static const char *end_text(smooth_end end)
 static smooth_end try_once(local_watch *w, const engine_adapter *adapter, const local_attempt *attempt)
 {
     optimization *o = w->o;
-    smooth_start start = {point_of(o), {}, {}, {}};
+    smooth_start start = local_start(o, attempt, w->form.sign);
     smooth_answer answer;
     run_entry who;
 
-    if (attempt->is_warm) multipliers_of(o, w->form.sign, &start);
     if (attempt->goes_on) start = {w->last.x, w->last.lambda, w->last.z_lower, w->last.z_upper};
-    if (attempt->is_perturbed) perturb(o, &start.x);
     smooth_problem opened;
     if (attempt->has_ranges) {
         opened = w->form.problem;
         open_equations(&opened);
     }
     const smooth_calls calls = local_calls(w);
-    adapter->solve_smooth(attempt->has_ranges ? &opened : &w->form.problem, &calls, options_of(o, attempt), &start,
+    adapter->solve_smooth(attempt->has_ranges ? &opened : &w->form.problem, &calls, local_options(o, attempt), &start,
                           &answer);
     w->iterations += answer.iterations;
 
@@ -274,7 +113,11 @@ static smooth_end try_once(local_watch *w, const engine_adapter *adapter, const 
     who.answer = answer_of(w, &answer);
     o->any_engine = true;
     o->any_answer = o->any_answer || (answer.end != SMOOTH_REFUSED && answer.end != SMOOTH_FAILED);
-    const std::string complaint = take_point(o, &who.answer, &who);
+    std::string complaint = take_point(o, &who.answer, &who);
+    if (answer.end == SMOOTH_SQUARE_SOLVED && !complaint.empty()) { /* no multipliers were looked for: most need none */
+        std::fill(who.answer.y.begin(), who.answer.y.end(), 0.0);
+        complaint = take_point(o, &who.answer, &who);
+    }
     if (o->watch.stop_code != ZLR_RES_OK) return SMOOTH_STOPPED;
     if (w->is_unbounded) answer.end = SMOOTH_DIVERGING;
     std::string text = end_text(answer.end);
@@ -342,6 +185,12 @@ static int32_t code_of_end(optimization *o, const local_watch *w, smooth_end fir
     return ZLR_RES_TRM_STALL;
 }
 
+/* By a stop or a limit. */
+static bool is_cut_short(const optimization *o)
+{
+    return o->watch.stop_code != ZLR_RES_OK || o->limit_code != ZLR_RES_OK;
+}
+
 static bool is_last_word(const optimization *o, smooth_end end)
 {
     if (o->best[ZLR_SOL_ITR].solsta == ZLR_SOLSTA_OPTIMAL || o->watch.stop_code != ZLR_RES_OK) return true;
@@ -356,17 +205,32 @@ static int32_t limit_of(const optimization *o, smooth_end end)
     return end == SMOOTH_MEMORY ? ZLR_RES_TRM_MEMORY : ZLR_RES_OK;
 }
 
-/* The points of all attempts together: what none of them has ended with may be the best. */
+/* Whether the best point that was evaluated is better than the one that an attempt has ended with: by feasibility, then by
+ * the objective. One that is as good stays, as it has multipliers. */
+static bool is_best_seen(const optimization *o, const local_watch *w)
+{
+    const solution *best = &o->best[ZLR_SOL_ITR];
+    const local_best *seen = &w->best;
+    if (seen->x.empty() || best->solsta == ZLR_SOLSTA_OPTIMAL) return false;
+    if (!best->defined || !best->has_primal) return true;
+    if (!is_feasible(o)) return seen->violation < o->best_ratio[ZLR_SOL_ITR];
+    const double room = 1e-9 * std::max(1.0, std::fabs(seen->objective));
+    return seen->violation <= 1.0 && seen->objective < w->form.sign * best->primal_obj - room;
+}
+
+/* What no attempt has ended with may be the best of all points: where the solve is cut short, or has found nothing feasible
+ * to end with. Elsewhere an end is worth more than a point on the way that uses up the tolerance for its objective. */
 static void take_best_seen(optimization *o, const local_watch *w)
 {
-    run_entry who;
-    if (w->best.x.empty() || o->best[ZLR_SOL_ITR].solsta == ZLR_SOLSTA_OPTIMAL) return;
-    who.step.source = o->table->smooth;
-    who.step.method = METHOD_INTPNT;
-    who.engine = o->run.engine;
-    who.answer.x = w->best.x;
-    who.answer.ipm_iterations = w->iterations;
-    (void)take_point(o, &who.answer, &who);
+    const bool has_end = is_feasible(o) || o->best[ZLR_SOL_ITR].solsta == ZLR_SOLSTA_NEAR_OPTIMAL;
+    if ((has_end && !is_cut_short(o)) || !is_best_seen(o, w)) return;
+    engine_answer answer;
+    solution sol;
+    answer.x = w->best.x;
+    const check_result found = answer_to_solution(o->problem.get(), &o->tol, &answer, ZLR_SOL_ITR, &sol);
+    local_status(&sol);
+    o->best[ZLR_SOL_ITR] = std::move(sol);
+    o->best_ratio[ZLR_SOL_ITR] = found.primal;
 }
 
 static void note_attempt(optimization *o, const local_attempt *attempt)
@@ -385,8 +249,8 @@ static bool can_go_on(const local_watch *w, smooth_end end)
     const solution *best = &o->best[ZLR_SOL_ITR];
     const bool has_multipliers = w->last.lambda.size() == static_cast<size_t>(w->form.problem.num_con) &&
                                  w->last.z_lower.size() == static_cast<size_t>(w->form.problem.num_var);
-    const bool is_near = end == SMOOTH_SOLVED || end == SMOOTH_ACCEPTABLE ||
-                         best->solsta == ZLR_SOLSTA_PRIM_AND_DUAL_FEAS || best->solsta == ZLR_SOLSTA_NEAR_OPTIMAL;
+    const bool is_near = end == SMOOTH_SOLVED || end == SMOOTH_ACCEPTABLE || best->solsta == ZLR_SOLSTA_NEAR_OPTIMAL ||
+                         (is_feasible(o) && best->has_dual && w->last.x == best->xx);
     return has_multipliers && is_near && best->solsta != ZLR_SOLSTA_OPTIMAL && o->watch.stop_code == ZLR_RES_OK &&
            param_int(&o->task->params, IPAR_NLP_MAX_ATTEMPTS) != 1;
 }
@@ -396,7 +260,7 @@ static smooth_end run_attempts(local_watch *w, const engine_adapter *adapter)
     optimization *o = w->o;
     smooth_end first = SMOOTH_FAILED;
     bool has_first = false, is_open = false;
-    for (local_attempt &attempt : attempts_of(&o->task->params, has_warm_start(o))) {
+    for (local_attempt &attempt : local_attempts(o)) {
         attempt.has_ranges = is_open;
         note_attempt(o, &attempt);
         smooth_end end = try_once(w, adapter, &attempt);
@@ -407,7 +271,7 @@ static smooth_end run_attempts(local_watch *w, const engine_adapter *adapter)
             end = try_once(w, adapter, &attempt);
         }
         if (can_go_on(w, end)) {
-            local_attempt next = sharper(&o->task->params);
+            local_attempt next = local_sharper(&o->task->params);
             note_attempt(o, &next);
             next.has_ranges = is_open;
             (void)try_once(w, adapter, &next);

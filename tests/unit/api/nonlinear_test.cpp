@@ -86,6 +86,7 @@ TEST_F(nonlinear, a_minimum_and_a_maximum_with_the_multipliers_of_their_perturba
         EXPECT_NEAR(s.y[1], by_squares, 1e-5);
         EXPECT_NEAR(s.slx[0], sign * 1.0878712, 1e-5); /* the only bound that holds */
         EXPECT_TRUE(has(log, "Ipopt"));
+        EXPECT_EQ(ZLR_solutionsummary(task, ZLR_STREAM_MSG), ZLR_RES_OK);
         EXPECT_TRUE(has(log, "LOCALLY_OPTIMAL")) << log;
     }
 }
@@ -210,6 +211,7 @@ TEST_F(nonlinear, local_infeasibility_and_growth_without_end_are_no_certificates
     EXPECT_EQ(ZLR_optimize(task), ZLR_RES_TRM_LOCAL_INFEASIBLE) << log;
     EXPECT_TRUE(has(log, "that is no proof that the problem is infeasible")) << log;
     EXPECT_TRUE(has(log, "from a perturbed start")) << log;
+    EXPECT_EQ(m.hessians_without_objective, 0); /* the way back to feasible points weighs the objective with 0 */
     api_solution s = get_solution(task, ZLR_SOL_ITR);
     EXPECT_EQ(s.solsta, ZLR_SOLSTA_UNKNOWN);
     EXPECT_NEAR(s.xx[0], 0.0, 1e-2);
@@ -295,11 +297,12 @@ TEST_F(nonlinear, an_earlier_solution_with_multipliers_spares_iterations)
     ASSERT_EQ(ZLR_optimize(task), ZLR_RES_OK) << log;
     const int64_t cold = iterations();
     ASSERT_EQ(ZLR_optimize(task), ZLR_RES_OK) << log;
-    EXPECT_LT(2 * iterations(), cold);
+    const int64_t warm = iterations();
+    EXPECT_LT(2 * warm, cold);
     EXPECT_NEAR(get_solution(task, ZLR_SOL_ITR).primal, 17.0140173, 1e-6);
     put("NLP_WARM_START", "OFF");
     ASSERT_EQ(ZLR_optimize(task), ZLR_RES_OK) << log;
-    EXPECT_GT(2 * iterations(), cold);
+    EXPECT_GT(iterations(), warm);
 }
 
 TEST_F(nonlinear, parameters_reach_the_engine)
@@ -331,27 +334,27 @@ TEST_F(nonlinear, parameters_reach_the_engine)
     EXPECT_TRUE(has(log, "no_such_option")) << log;
 }
 
-/* Rows and objective of very different sizes, so that scaling matters; demands that rounding does not let it meet, so that
- * it ends at an acceptable point. */
+/* The distance from a minimum of fourth order shrinks by a third in each step, so that demands show in the iterations. */
 TEST_F(nonlinear, scaling_and_acceptable_points)
 {
     const auto solve = [&](const std::vector<std::pair<const char *, const char *>> &settings) {
         renew();
         function_model m;
-        m.objective = [](const std::vector<jet> &x) { return jet_exp(x[0]) * 1e5 + x[1] * x[1] * 1e5; };
-        m.rows = {[](const std::vector<jet> &x) { return x[0] * x[1] * 1e4; }};
-        fill_functions(&m, {{1e4, inf}}, {{0.1, 10.0}, {0.1, 10.0}});
+        m.objective = [](const std::vector<jet> &x) {
+            const jet square = (x[0] - 3.0) * (x[0] - 3.0);
+            return square * square * 1e5;
+        };
+        fill_functions(&m, {}, {{-inf, inf}});
         put("NLP_MAX_ATTEMPTS", "1");
         for (const auto &[name, value] : settings) put(name, value);
         (void)ZLR_optimize(task);
         return iterations();
     };
-    const int64_t usual = solve({});
-    EXPECT_NE(solve({{"NLP_SCALING", "NONE"}}), usual);
-    const int64_t strict = solve({{"NLP_TOL", "1e-14"}, {"NLP_MAX_ITERATIONS", "50"}});
-    EXPECT_LT(solve({{"NLP_TOL", "1e-14"}, {"NLP_ACCEPTABLE_TOL", "1"}}), strict);
-    EXPECT_LT(solve({{"NLP_TOL", "1e-14"}, {"NLP_ACCEPTABLE_TOL", "1"}, {"NLP_ACCEPTABLE_ITERATIONS", "2"}}),
-              solve({{"NLP_TOL", "1e-14"}, {"NLP_ACCEPTABLE_TOL", "1"}}));
+    EXPECT_LT(solve({}), solve({{"NLP_SCALING", "NONE"}}));
+    const int64_t strict = solve({{"NLP_TOL", "1e-14"}});
+    const int64_t lax = solve({{"NLP_TOL", "1e-14"}, {"NLP_ACCEPTABLE_TOL", "1e-3"}});
+    EXPECT_LT(lax, strict);
+    EXPECT_LT(solve({{"NLP_TOL", "1e-14"}, {"NLP_ACCEPTABLE_TOL", "1e-3"}, {"NLP_ACCEPTABLE_ITERATIONS", "3"}}), lax);
 }
 
 /* ---- quadratic problems that are not convex */
