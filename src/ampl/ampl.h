@@ -58,7 +58,6 @@ struct ampl_data {
     double *work;         /* 2 n_var: gradients, and a dense column map that is all zero between uses */
     double *ow;           /* n_obj objective weights */
     double *y;            /* n_con multipliers, as the evaluator wants them */
-    int32_t vague_point;  /* number of the last point (nxval) at which a common expression has no derivative */
     int32_t sensitivity;  /* not 0: sensitivity was asked for */
     primal_sens primalsens;
     dual_sens dualsens;

@@ -51,24 +51,16 @@ static bool has_objective(const evaluation *e)
 /* ---- The point ---- */
 
 /* Errors of common expressions come up here, on the way that ampl_evaluate has set. A derivative that one of them lacks is
- * noted for the function that was evaluated last, so that the others would be differentiated by what the point before has
- * left: at such a point no derivative is given. */
+ * noted for all functions, where co_index is that of a nonlinear one; cv_index, which names the common expression, is left
+ * at -1, so that the gaps of single functions would be noted for all as well. */
 static void take_point(evaluation *e)
 {
     ASL *asl = e->adat->asl;
-    const int before = asl->i.nxval;
-    co_index = nlo > 0 ? -1 : 0; /* a function that is nonlinear: of others no note is taken */
+    co_index = nlo > 0 ? -1 : 0;
     err_jmp = err_jmp1;
     (void)xknown(e->x);
     err_jmp = nullptr;
-    if (asl->i.nxval != before && asl->i.Derrs != nullptr) e->adat->vague_point = asl->i.nxval;
-}
-
-static bool has_derivatives(evaluation *e)
-{
-    if (e->adat->vague_point != e->adat->asl->i.nxval) return true;
-    e->error = 1;
-    return !has_failed(e);
+    cv_index = 0;
 }
 
 /* ---- Single functions: false where there is no value ---- */
@@ -87,7 +79,7 @@ static bool need_row(evaluation *e, int32_t i)
     if (asl->i.ncxval[i] == asl->i.nxval) return true;
     (void)conival(i, e->x, &e->error);
     if (!has_failed(e)) return true;
-    asl->i.ncxval[i] = 0; /* the library takes note before it evaluates */
+    asl->i.ncxval[i] = 0; /* there are versions of the library that take note before they evaluate */
     return false;
 }
 
@@ -96,7 +88,7 @@ static bool objective_gradient(evaluation *e)
 {
     const ampl_data *adat = e->adat;
     ASL *asl = adat->asl;
-    if (!has_derivatives(e) || !need_objective(e)) return false;
+    if (!need_objective(e)) return false;
     objgrd(adat->objno, e->x, adat->work, &e->error);
     return !has_failed(e);
 }
@@ -105,7 +97,7 @@ static bool objective_gradient(evaluation *e)
 static bool row_gradient(evaluation *e, int32_t i)
 {
     ASL *asl = e->adat->asl;
-    if (!has_derivatives(e) || !need_row(e, i)) return false;
+    if (!need_row(e, i)) return false;
     congrd(i, e->x, e->adat->work, &e->error);
     return !has_failed(e);
 }
@@ -240,7 +232,6 @@ static void put_lagrangian_gradient(evaluation *e)
 static bool can_have_hessian(evaluation *e, const double *y)
 {
     ASL *asl = e->adat->asl;
-    if (!has_derivatives(e)) return false;
     if (has_objective(e) && !need_objective(e)) return false;
     for (int32_t i = 0; y != nullptr && i < nlc; ++i)
         if (y[i] != 0.0 && !need_row(e, i)) return false;

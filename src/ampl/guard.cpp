@@ -127,7 +127,6 @@ static void forget_point(ASL *asl)
 {
     x0kind = ASL_first_x;
     asl->i.x_known = 0;
-    cv_index = 0;
 }
 
 int32_t ampl_evaluate(ASL *asl, int32_t (*steps)(void *handle), void *handle)
