@@ -115,6 +115,9 @@ int32_t ampl_mark_integers(ZLR_task *task, ASL *asl)
 /* A step of the solve codes for each kind of failure, so that a script can tell them; clients fail on 600 and above. */
 int32_t ampl_failure_code(int32_t result)
 {
+    /* Of AMPL's ranges for infeasible and unbounded models, apart from the codes for those that are proved to be so. */
+    if (result == ZLR_RES_TRM_LOCAL_INFEASIBLE) return 210;
+    if (result == ZLR_RES_TRM_DIVERGING) return 310;
     if (result >= ZLR_RES_TRM_USER_STOP) return 400;
     switch (result) {
     case ZLR_RES_ERR_FILE_READ: return 510;
@@ -123,6 +126,7 @@ int32_t ampl_failure_code(int32_t result)
     case ZLR_RES_ERR_QCON_EQUALITY:
     case ZLR_RES_ERR_QCON_RANGE:
     case ZLR_RES_ERR_CONE: return 530;
+    case ZLR_RES_ERR_NL_EVALUATION: return 550;
     case ZLR_RES_ERR_NO_ENGINE:
     case ZLR_RES_ERR_NOT_AVAILABLE: return 540;
     default: return 500;

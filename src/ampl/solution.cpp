@@ -126,7 +126,8 @@ static void extend_report(ASL *asl, const ampl_data *adat, int32_t result, int32
 {
     char text[text_bytes] = "";
     if (result == ZLR_RES_OK) return;
-    if (row < 0) solve_code = ampl_failure_code(result);
+    /* A point on the way out of all bounds is feasible, and no answer. */
+    if (row < 0 || result == ZLR_RES_TRM_DIVERGING) solve_code = ampl_failure_code(result);
     (void)ZLR_getcodedesc(result, nullptr, text);
     Sprintf(report + std::strlen(report), "ZELOR return code - %d (%s)\n", result, text);
     ampl_add_reason(adat, report);

@@ -45,7 +45,7 @@ static void add_functions(const model_functions *f, const std::vector<double> &x
         const auto i = static_cast<size_t>(f->row[k]);
         const double value = at != nullptr ? at->row[k] : std::numeric_limits<double>::quiet_NaN();
         sums->value[i] += value;
-        sums->terms[i] += std::fabs(value);
+        if (at != nullptr) sums->terms[i] += std::fabs(value);
     }
 }
 
@@ -306,6 +306,7 @@ static double check_primal(const model *m, const check_tolerances *tol, bool int
 {
     if (!sol->has_primal || !all_finite(sol->xx)) return model_inf;
     sol->primal_obj = model_objective(m, sol->xx.data());
+    if (std::isnan(sol->primal_obj)) return model_inf; /* a function has no value here */
     const double rows = check_rows(m, tol, sol);
     const double columns = check_columns(m, tol, integers, sol);
     return std::max({rows, columns, check_cones(m, tol, sol)});

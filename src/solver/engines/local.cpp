@@ -42,6 +42,15 @@ static void local_status(solution *sol)
         sol->solsta = ZLR_SOLSTA_UNKNOWN;
 }
 
+/* Whether a column is so far out that a gradient that fades away there says nothing, with no bound to hold it. */
+static bool is_endless(const model *m, const std::vector<double> &x)
+{
+    constexpr double far = 1e15;
+    for (size_t j = 0; j < x.size(); j++)
+        if ((x[j] >= far && m->var_upper[j] > x[j]) || (x[j] <= -far && m->var_lower[j] < x[j])) return true;
+    return false;
+}
+
 /* Takes a point where it is better than the one there is: by status, feasible ones by the objective, others by how far they
  * are off. Returns what keeps it from being optimal; empty: it is. */
 static std::string take_point(optimization *o, const engine_answer *answer, const run_entry *who)
@@ -53,6 +62,7 @@ static std::string take_point(optimization *o, const engine_answer *answer, cons
     if (o->run.engine.empty()) judge_credit(o, who);
     if (!sol.defined || !sol.has_primal) return "it has no point";
     local_status(&sol);
+    if (is_endless(m, sol.xx) && found.primal <= 1.0) sol.solsta = ZLR_SOLSTA_PRIM_FEAS;
     const std::string complaint = sol.solsta == ZLR_SOLSTA_OPTIMAL ? "" : answer_complaint(m, &found, &sol);
     const int32_t rank = check_rank(sol.solsta), best_rank = check_rank(best->solsta);
     const double sign = m->sense == ZLR_SENSE_MAX ? -1.0 : 1.0;
@@ -119,7 +129,7 @@ static smooth_end try_once(local_watch *w, const engine_adapter *adapter, const 
         complaint = take_point(o, &who.answer, &who);
     }
     if (o->watch.stop_code != ZLR_RES_OK) return SMOOTH_STOPPED;
-    if (w->is_unbounded) answer.end = SMOOTH_DIVERGING;
+    if (w->is_unbounded || is_endless(o->problem.get(), answer.x)) answer.end = SMOOTH_DIVERGING;
     std::string text = end_text(answer.end);
     if (!answer.message.empty()) text += (text.empty() ? "" : ": ") + answer.message;
     if (answer.end == SMOOTH_SOLVED && !complaint.empty()) text = "the answer does not pass the check: " + complaint;
@@ -276,7 +286,8 @@ static smooth_end run_attempts(local_watch *w, const engine_adapter *adapter)
             next.has_ranges = is_open;
             (void)try_once(w, adapter, &next);
         }
-        if (!has_first || attempt.what[0] == '\0') first = end;
+        const bool is_growing = end == SMOOTH_DIVERGING && is_feasible(o);
+        if (!has_first || attempt.what[0] == '\0' || is_growing) first = end;
         has_first = true;
         o->limit_code = limit_of(o, end);
         if (is_last_word(o, end) || o->limit_code != ZLR_RES_OK) break;

@@ -32,6 +32,20 @@ static void perturb(const optimization *o, std::vector<double> *x)
     }
 }
 
+/* Bounds that are missing or far away are taken as a hundred off the start. */
+static void scatter(const optimization *o, std::vector<double> *x)
+{
+    constexpr double reach = 100.0;
+    const model *m = o->problem.get();
+    std::mt19937 random(static_cast<uint32_t>(param_int(&o->task->params, IPAR_RANDOM_SEED)) + 2u);
+    for (size_t j = 0; j < x->size(); j++) {
+        const double lower = std::max(m->var_lower[j], (*x)[j] - reach);
+        const double upper = std::min(m->var_upper[j], (*x)[j] + reach);
+        const double share = static_cast<double>(random()) / 4294967295.0;
+        (*x)[j] = lower + share * (upper - lower);
+    }
+}
+
 /* The engine's multipliers from the library's; see smooth.h and zelor.h for the signs. */
 static void multipliers_of(const optimization *o, double sign, smooth_start *start)
 {
@@ -71,6 +85,7 @@ smooth_start local_start(const optimization *o, const local_attempt *attempt, do
     smooth_start start = {point_of(o), {}, {}, {}};
     if (attempt->is_warm) multipliers_of(o, sign, &start);
     if (attempt->is_perturbed) perturb(o, &start.x);
+    if (attempt->is_random) scatter(o, &start.x);
     return start;
 }
 
@@ -136,6 +151,9 @@ std::vector<local_attempt> local_attempts(const optimization *o)
     local_attempt perturbed = {" from a perturbed start", {}};
     perturbed.is_perturbed = true;
     all.push_back(std::move(perturbed));
+    local_attempt random = {" from a random start", {}};
+    random.is_random = true;
+    all.push_back(std::move(random));
     const int32_t most = param_int(params, IPAR_NLP_MAX_ATTEMPTS);
     if (most > 0 && all.size() > static_cast<size_t>(most)) all.resize(static_cast<size_t>(most));
     return all;

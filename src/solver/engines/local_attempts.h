@@ -9,6 +9,7 @@ struct local_attempt {
     std::vector<engine_option> extra;
     bool is_warm = false;      /* from multipliers as well */
     bool is_perturbed = false; /* from somewhere near the start */
+    bool is_random = false;    /* from anywhere within the bounds */
     bool has_ranges = false;   /* equations are taken as narrow ranges */
     bool goes_on = false;      /* from where the last attempt ended, with its multipliers */
 };

@@ -252,7 +252,7 @@ static void finish_interior(optimization *o)
 static void note_outcome(optimization *o)
 {
     if (!o->failures.empty()) o->run.remark = o->failures;
-    const bool is_race = !o->wants_local && o->plan.rounds[0].size() > 1;
+    const bool is_race = !o->plan.rounds.empty() && o->plan.rounds[0].size() > 1 && !o->wants_local;
     if (!o->is_settled || o->run.engine.empty() || (o->round < 2 && !is_race)) return;
     progress_note(&o->watch.table, ("The answer is from " + o->run.engine + ", " + o->run.method + ".").c_str());
 }

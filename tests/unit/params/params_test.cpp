@@ -283,7 +283,10 @@ TEST_F(params, engine_options_exist_and_take_our_values)
     ASSERT_EQ(Highs_setBoolOptionValue(highs, "output_flag", 0), kHighsStatusOk);
     int32_t num_options = 0;
     for (const param_row *row = table; row != table + num; row++) {
-        if (row->engine_option == nullptr || std::string(row->engine_option).starts_with("clarabel:")) continue;
+        /* Those of the other engines have tests of their own, which need these engines. */
+        if (row->engine_option == nullptr || std::string(row->engine_option).starts_with("clarabel:") ||
+            std::string(row->engine_option).starts_with("ipopt:"))
+            continue;
         SCOPED_TRACE(row->name);
         const std::string option = row->engine_option;
         ASSERT_EQ(option.substr(0, 6), "highs:");
