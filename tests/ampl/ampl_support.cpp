@@ -177,3 +177,56 @@ void write_stub(const temp_folder &folder, const nl_model &model, nl_form form)
 {
     file_write(folder.file("model.nl"), nl_text(model, form));
 }
+
+/* ---- What is not taken ---- */
+
+static const struct {
+    const char *stub;
+    stub_refusal why;
+} refused[] = {
+    {"pyomo_mpec_t2a", COMPLEMENTARITY},
+    {"pyomo_mpec_t3a", COMPLEMENTARITY},
+    {"sos1a", SETS},
+    {"gjh_stub1", SETS},
+    {"bt1", TWO_SIDED},
+    {"bt12", TWO_SIDED},
+    {"bt13", TWO_SIDED},
+    {"bt8", TWO_SIDED},
+    {"byrdsphr", TWO_SIDED},
+    {"coolhans", TWO_SIDED},
+    {"dispatch", TWO_SIDED},
+    {"gilbert", TWO_SIDED},
+    {"hs006", TWO_SIDED},
+    {"hs061", TWO_SIDED},
+    {"hs063", TWO_SIDED},
+    {"hs084", TWO_SIDED},
+    {"kall_circles_c8a", TWO_SIDED},
+    {"pyomo_small1", TWO_SIDED},
+    {"pyomo_small2", TWO_SIDED},
+    {"pyomo_small3", TWO_SIDED},
+    {"pyomo_small5", TWO_SIDED},
+    {"pyomo_small6", TWO_SIDED},
+    {"st_e02", TWO_SIDED},
+    {"st_e05", TWO_SIDED},
+    {"st_e07", TWO_SIDED},
+    {"couenne_prod", NOT_CONVEX},
+    {"couenne_qquad", NOT_CONVEX},
+    {"hs095", NOT_CONVEX},
+    {"hs096", NOT_CONVEX},
+    {"hs098", NOT_CONVEX},
+    {"hs106", NOT_CONVEX},
+    {"hs108", NOT_CONVEX},
+    {"kiwcresc", NOT_CONVEX},
+    {"prodpl0", NOT_CONVEX},
+    {"prodpl1", NOT_CONVEX},
+    {"sosqp1", NOT_CONVEX},
+    {"st_e09", NOT_CONVEX},
+    {"st_e18", NOT_CONVEX},
+};
+
+stub_refusal stub_refusal_of(const std::string &stub)
+{
+    for (const auto &r : refused)
+        if (stub == r.stub) return r.why;
+    return TAKEN;
+}

@@ -51,6 +51,12 @@ std::string copy_stub(const temp_folder &folder, const data_row &row);
 /* A model of a test's own in the folder, as "model.nl". */
 void write_stub(const temp_folder &folder, const nl_model &model, nl_form form = NL_TEXT);
 
+/* ---- What is not taken ---- */
+
+/* Why a linear or quadratic stub of the data has no answer; without AMPL_EXTENDED most of these leave no .sol file. */
+enum stub_refusal { TAKEN, TWO_SIDED, NOT_CONVEX, COMPLEMENTARITY, SETS };
+stub_refusal stub_refusal_of(const std::string &stub);
+
 /* ---- The judge ---- */
 
 /* What the AMPL Solver Library's own evaluation says of a point of a stub. */
@@ -59,10 +65,11 @@ struct stub_judgement {
     int num_con = 0, num_var = 0;
     bool maximise = false;
     double objective = 0.0;
-    double infeasibility = 0.0; /* worst violation of a row, bound or integer mark, relative to 1 + |bound| */
-    double gap = 0.0;           /* of a convex model: what the duals leave open between the point and the optimum */
-    double loose_dual = 0.0;    /* worst dual or reduced cost against an infinite bound, relative to its terms */
-    std::vector<double> reduced_cost;
+    double infeasibility = 0.0;   /* worst violation of a row, bound or integer mark, relative to 1 + |bound| */
+    double gap = 0.0;             /* of a convex model: what the duals leave open between the point and the optimum */
+    double complementarity = 0.0; /* largest product of a dual, above rounding, and the distance from its bound */
+    double loose_dual = 0.0;      /* worst dual or reduced cost against an infinite bound, relative to its terms */
+    std::vector<double> reduced_cost, reduced_terms; /* and the size of what each is made of */
 };
 
 stub_judgement judge_point(const std::string &stub, const std::vector<double> &x, const std::vector<double> &y);

@@ -6,7 +6,7 @@
 
 /* Sums up how a value stands between its bounds, and what its dual leaves open. */
 struct side_check {
-    double infeasibility = 0.0, gap = 0.0, loose_dual = 0.0;
+    double infeasibility = 0.0, gap = 0.0, complementarity = 0.0, loose_dual = 0.0;
 };
 
 /* `dual` is of a minimisation: positive pushes against the lower bound. `terms` is the size of what it is made of. */
@@ -17,9 +17,11 @@ static void check_side(side_check *c, double value, double lower, double upper, 
     const double above = upper < infinite ? (value - upper) / (1.0 + std::fabs(upper)) : 0.0;
     c->infeasibility = std::max({c->infeasibility, below, above});
     const double bound = dual > 0 ? lower : upper;
-    if (std::fabs(bound) < infinite)
-        c->gap += std::fabs(dual) * std::fabs(value - bound);
-    else
+    if (std::fabs(bound) < infinite) {
+        const double product = std::fabs(dual) * std::fabs(value - bound);
+        c->gap += product;
+        if (std::fabs(dual) > 1e-6 * (1.0 + terms)) c->complementarity = std::max(c->complementarity, product);
+    } else
         c->loose_dual = std::max(c->loose_dual, std::fabs(dual) / (1.0 + terms));
 }
 
@@ -55,6 +57,7 @@ static void judge_duals(ASL *asl, std::vector<double> *x, const std::vector<doub
     }
     for (size_t k = 0; k < num; ++k) check_side(c, (*x)[k], LUv[2 * k], LUv[2 * k + 1], sign * gradient[k], terms[k]);
     j->reduced_cost.assign(gradient.begin(), gradient.begin() + n_var);
+    j->reduced_terms.assign(terms.begin(), terms.begin() + n_var);
 }
 
 stub_judgement judge_point(const std::string &stub, const std::vector<double> &x, const std::vector<double> &y)
@@ -77,6 +80,7 @@ stub_judgement judge_point(const std::string &stub, const std::vector<double> &x
         judge_duals(asl, &point, duals, &checked, &found);
         found.infeasibility = std::max(checked.infeasibility, integer_violation(asl, point.data()));
         found.gap = checked.gap;
+        found.complementarity = checked.complementarity;
         found.loose_dual = checked.loose_dual;
         found.is_read = error == 0;
     }
