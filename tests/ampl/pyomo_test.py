@@ -243,6 +243,105 @@ class Suffixes(unittest.TestCase):
                 self.assertAlmostEqual(m.up[m.x], 8, 6)
 
 
+def hs71(product=25.0, squares=40.0, sense=pe.minimize):
+    """Hock and Schittkowski's problem 71 as published, start included; as a maximisation its negative."""
+    m = pe.ConcreteModel()
+    start = {1: 1.0, 2: 5.0, 3: 5.0, 4: 1.0}
+    m.x = pe.Var(range(1, 5), bounds=(1, 5), initialize=start)
+    value = m.x[1] * m.x[4] * (m.x[1] + m.x[2] + m.x[3]) + m.x[3]
+    m.o = pe.Objective(expr=value if sense == pe.minimize else -value, sense=sense)
+    m.product = pe.Constraint(expr=m.x[1] * m.x[2] * m.x[3] * m.x[4] >= product)
+    m.squares = pe.Constraint(expr=sum(m.x[k] ** 2 for k in m.x) == squares)
+    m.dual = pe.Suffix(direction=pe.Suffix.IMPORT)
+    m.rc = pe.Suffix(direction=pe.Suffix.IMPORT)
+    return m
+
+
+class Nonlinear(unittest.TestCase):
+    def solved(self, m, **options):
+        answer = solve(m, **options)
+        self.assertEqual(answer.termination_condition, TerminationCondition.optimal, str(answer))
+        self.assertIn("LOCALLY_OPTIMAL", answer.message)
+        return pe.value(m.o)
+
+    def test_as_published_with_duals(self):
+        step = 1e-3
+        for sense, sign in ((pe.minimize, 1.0), (pe.maximize, -1.0)):
+            with self.subTest(sense):
+                m = hs71(sense=sense)
+                self.assertAlmostEqual(self.solved(m), sign * 17.0140173, 6)
+                slope = {}
+                for row in ("product", "squares"):
+                    sides = dict(product=25.0, squares=40.0)
+                    ends = []
+                    for change in (step, -step):
+                        ends.append(self.solved(hs71(**{**sides, row: sides[row] + change}, sense=sense)))
+                    slope[row] = (ends[0] - ends[1]) / (2 * step)
+                self.assertAlmostEqual(m.dual[m.product], slope["product"], 4)
+                self.assertAlmostEqual(m.dual[m.squares], slope["squares"], 4)
+                self.assertAlmostEqual(m.rc[m.x[1]], sign * 1.0878712, 5)
+
+    def test_starts_are_kept(self):
+        for start, end in ((0.9, 1.0), (-0.9, -1.0)):
+            m = pe.ConcreteModel()
+            m.x = pe.Var(initialize=start)
+            m.o = pe.Objective(expr=(m.x**2 - 1) ** 2)
+            self.solved(m)
+            self.assertAlmostEqual(pe.value(m.x), end, 4)
+
+    def test_not_solved(self):
+        m = pe.ConcreteModel()
+        m.x = pe.Var(initialize=1.0)
+        m.o = pe.Objective(expr=-pe.exp(m.x))
+        answer = solve(m, load=False)
+        self.assertEqual(answer.termination_condition, TerminationCondition.unbounded, str(answer))
+        self.assertIn("return code - 10009", answer.message)
+
+        m = hs71(squares=-1.0)
+        answer = solve(m, load=False)
+        self.assertEqual(answer.termination_condition, TerminationCondition.infeasible, str(answer))
+        self.assertIn("return code - 10008", answer.message)
+
+        m = pe.ConcreteModel()
+        m.far = pe.Var(bounds=(-5, -1), initialize=-2.0)
+        m.o = pe.Objective(expr=m.far)
+        m.reach = pe.Constraint(expr=pe.log(m.far) >= 0)
+        answer = solve(m, load=False)
+        self.assertEqual(answer.status, SolverStatus.error, str(answer))
+        self.assertIn("return code - 1433", answer.message)
+        self.assertIn("has no value at", answer.message)
+
+        m = hs71()
+        m.x[1].domain = pe.Integers
+        answer = solve(m, load=False)
+        self.assertEqual(answer.status, SolverStatus.error, str(answer))
+        self.assertIn("integer columns together with", answer.message)
+
+    def test_an_interrupt_leaves_the_best_point(self):
+        """A chain that takes far longer than the test."""
+        m = pe.ConcreteModel()
+        n = 20000
+        m.x = pe.Var(range(n), initialize=-1.2)
+        m.o = pe.Objective(expr=sum(100 * (m.x[k + 1] - m.x[k] ** 2) ** 2 + (1 - m.x[k]) ** 2 for k in range(n - 1)))
+        start = pe.value(m.o)
+        with tempfile.TemporaryDirectory() as folder:
+            stub = os.path.join(folder, "m.nl")
+            m.write(stub, format="nl")
+            process = subprocess.Popen([os.path.join(BIN, "zelor-ampl"), stub, "-AMPL", "nlp_hessian=limited_memory"],
+                                       stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+            time.sleep(2.0)
+            process.send_signal(signal.SIGINT)
+            asked = time.monotonic()
+            process.communicate(timeout=60)
+            self.assertLess(time.monotonic() - asked, 2.0)
+            self.assertEqual(process.returncode, 0)
+            with open(os.path.join(folder, "m.sol")) as file:
+                lines = file.read().split("\n")
+        value = [line for line in lines if line.startswith("Primal objective")]
+        self.assertIn("return code - 10000", "\n".join(lines[:10]))
+        self.assertLess(float(value[0].split(":")[1]), start)
+
+
 class Stops(unittest.TestCase):
     def check_point(self, m):
         for row in m.share.values():
