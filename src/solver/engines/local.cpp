@@ -185,9 +185,10 @@ static int32_t code_of_end(optimization *o, const local_watch *w, smooth_end fir
     case SMOOTH_LOCALLY_INFEASIBLE: return is_feasible(o) ? ZLR_RES_TRM_STALL : ZLR_RES_TRM_LOCAL_INFEASIBLE;
     case SMOOTH_NO_VALUE:
         tell_failure(w);
-        return w->failure.code != ZLR_RES_OK ? w->failure.code : ZLR_RES_ERR_NL_EVALUATION;
+        return w->failure.code >= ZLR_RES_ERR_LICENSE ? w->failure.code : ZLR_RES_ERR_NL_EVALUATION; /* an error's */
     default: break;
     }
+    if (w->failure.num > 0) tell_failure(w); /* it may be why */
     if (!o->any_answer) {
         streams_printf(&o->task->streams, ZLR_STREAM_ERR, "Every attempt has failed: %s\n", o->failures.c_str());
         return ZLR_RES_ERR_ENGINE;
