@@ -63,7 +63,7 @@ static std::string take_point(optimization *o, const engine_answer *answer, cons
     if (!sol.defined || !sol.has_primal) return "it has no point";
     local_status(&sol);
     if (is_endless(m, sol.xx) && found.primal <= 1.0) sol.solsta = ZLR_SOLSTA_PRIM_FEAS;
-    const std::string complaint = sol.solsta == ZLR_SOLSTA_OPTIMAL ? "" : answer_complaint(m, &found, &sol);
+    std::string complaint = sol.solsta == ZLR_SOLSTA_OPTIMAL ? "" : answer_complaint(m, &found, &sol);
     const int32_t rank = check_rank(sol.solsta), best_rank = check_rank(best->solsta);
     const double sign = m->sense == ZLR_SENSE_MAX ? -1.0 : 1.0;
     bool is_better = !best->defined || !best->has_primal || rank < best_rank;
