@@ -128,8 +128,8 @@ void stub_model_free(ZLR_task *task, stub_model *model);
  * known, if any. ZLR_RES_ERR_AMPL_STUB: it is no stub. */
 [[nodiscard]] int32_t ampl_open_stub(ASL *asl, const char *name, FILE **file, const stub_matrix *known = nullptr);
 
-/* Gives the stub object the name that jac0dim would, for the .sol file of a stub that is not opened. */
-void ampl_name_stub(ASL *asl, const char *name);
+/* Gives the stub object the name and the sizes that jac0dim would, for the .sol file of a stub that is not opened. */
+void ampl_name_stub(ASL *asl, const char *name, int32_t num_con, int32_t num_var);
 
 /* qp_read or, by the kind of the stub object, pfgh_read of the open file, which is closed where that goes well.
  * ZLR_RES_ERR_AMPL_STUB: it is damaged, or it needs what is not there: `said` has the line or the function's name. */

@@ -48,13 +48,15 @@ int32_t ampl_open_stub(ASL *asl, const char *name, FILE **file, const stub_matri
     return ZLR_RES_OK;
 }
 
-void ampl_name_stub(ASL *asl, const char *name)
+void ampl_name_stub(ASL *asl, const char *name, int32_t num_con, int32_t num_var)
 {
     const size_t length = std::strlen(name);
     filename = static_cast<char *>(M1alloc(length + 5)); /* room for .nl, .sol and the like behind it */
     std::memcpy(filename, name, length + 1);
     const bool has_end = length > 3 && std::strcmp(name + length - 3, ".nl") == 0;
     stub_end = filename + (has_end ? length - 3 : length);
+    n_con = asl->i.n_con0 = num_con; /* the answer goes by the second */
+    n_var = asl->i.n_var0 = num_var;
 }
 
 static int32_t read_guarded(ASL *asl, FILE *file)

@@ -49,8 +49,7 @@ int32_t ampl_put_nonlinear(ampl_data *adat, ASL **stub, const Option_Info *optio
 
     ASL *asl = replace_stub_object(adat, stub, options);
     res = ampl_declare_suffixes(asl, adat, num_var, num_con, suffixes);
-    n_var = num_var;
-    n_con = num_con;
+    ampl_name_stub(asl, name, num_con, num_var);
     if (res == ZLR_RES_OK) res = read_again(asl, name, adat);
     if (res == ZLR_RES_OK) res = ZLR_putcfix(adat->task, objconst(adat->objno));
     if (res != ZLR_RES_OK) return res;

@@ -56,9 +56,7 @@ static int32_t look_through(transfer *t, ASL *asl)
         res = t->adat->fault == nullptr ? ZLR_RES_ERR_SPACE : ampl_refuse(t->task, t->adat, t->adat->fault);
     }
     if (res == ZLR_RES_OK || res == ZLR_RES_ERR_FILE_READ) return res;
-    ampl_name_stub(asl, t->name);
-    n_con = facts.num_con;
-    n_var = facts.num_var;
+    ampl_name_stub(asl, t->name, facts.num_con, facts.num_var);
     return res;
 }
 
