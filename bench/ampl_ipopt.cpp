@@ -29,6 +29,7 @@ template <typename call_type> static bool evaluate(ASL *asl, const call_type &ca
     Jmp_buf back;
     fint error = 0;
     err_jmp1 = &back;
+    // NOLINTNEXTLINE(cert-err52-cpp): that is how the library goes back; nothing on the way has a destructor
     const bool has_value = setjmp(back.jb) == 0 && (call(&error), error == 0);
     err_jmp1 = nullptr;
     return has_value;
@@ -139,7 +140,8 @@ static bool put_options(IpoptProblem ipopt, int num, char **pairs)
         char *value = std::strchr(pairs[k], '=');
         if (value == nullptr) return false;
         *value++ = '\0';
-        if (!AddIpoptStrOption(ipopt, pairs[k], value) && !AddIpoptIntOption(ipopt, pairs[k], std::atoi(value)) &&
+        if (!AddIpoptStrOption(ipopt, pairs[k], value) &&
+            !AddIpoptIntOption(ipopt, pairs[k], static_cast<int>(std::strtol(value, nullptr, 10))) &&
             !AddIpoptNumOption(ipopt, pairs[k], strtod(value, nullptr)))
             return false;
     }
@@ -150,7 +152,7 @@ static bool put_options(IpoptProblem ipopt, int num, char **pairs)
 static std::vector<double> start_of(const ASL *asl)
 {
     std::vector<double> x(static_cast<size_t>(n_var), 0.0);
-    for (int j = 0; j < n_var; j++) {
+    for (ptrdiff_t j = 0; j < n_var; j++) {
         const double given = X0 != nullptr ? X0[j] : 0.0;
         x[static_cast<size_t>(j)] = std::min(std::max(given, LUv[2 * j]), LUv[2 * j + 1]);
     }

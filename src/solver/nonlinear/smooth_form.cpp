@@ -164,7 +164,8 @@ int32_t smooth_form_jacobian(const smooth_form *form, const double *x, double *v
     if (code != ZLR_RES_OK) return code;
     std::copy(form->jac_linear.begin(), form->jac_linear.end(), value);
     for (const smooth_product &p : form->jac_products) value[p.place] += p.value * x[p.col];
-    for (size_t k = 0; k < form->jac_function.size(); k++) value[form->jac_function[k]] += at->gradient[k];
+    for (size_t k = 0; at != nullptr && k < form->jac_function.size(); k++)
+        value[form->jac_function[k]] += at->gradient[k];
     return ZLR_RES_OK;
 }
 
