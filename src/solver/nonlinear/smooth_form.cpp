@@ -95,7 +95,9 @@ static void make_hessian(smooth_form *form)
     for (const quad_row &q : m->qcon)
         for (const quad_term &t : q.terms) form->hes_constant.push_back({place[at++], q.row, t.value});
     form->hes_function.assign(place.begin() + static_cast<std::ptrdiff_t>(at), place.end());
-    form->curvature.resize(form->hes_function.size());
+    form->is_all_function = m->functions != nullptr && form->hes_constant.empty() &&
+                            place.size() == to->hes_row.size() && std::is_sorted(place.begin(), place.end());
+    form->curvature.resize(form->is_all_function ? 0 : form->hes_function.size());
     form->multipliers.resize(static_cast<size_t>(m->num_con));
 }
 
@@ -162,7 +164,8 @@ int32_t smooth_form_jacobian(const smooth_form *form, const double *x, double *v
     if (code != ZLR_RES_OK) return code;
     std::copy(form->jac_linear.begin(), form->jac_linear.end(), value);
     for (const smooth_product &p : form->jac_products) value[p.place] += p.value * x[p.col];
-    for (size_t k = 0; k < form->jac_function.size() && at != nullptr; k++) value[form->jac_function[k]] += at->gradient[k];
+    for (size_t k = 0; at != nullptr && k < form->jac_function.size(); k++)
+        value[form->jac_function[k]] += at->gradient[k];
     return ZLR_RES_OK;
 }
 
@@ -170,11 +173,12 @@ int32_t smooth_form_jacobian(const smooth_form *form, const double *x, double *v
 int32_t smooth_form_hessian(smooth_form *form, const double *x, double weight, const double *lambda, double *value)
 {
     const model_functions *f = form->source->functions.get();
+    for (size_t i = 0; i < form->multipliers.size(); i++) form->multipliers[i] = -lambda[i];
+    if (form->is_all_function) return functions_hessian(f, x, form->sign * weight, form->multipliers.data(), value);
     std::fill_n(value, form->problem.hes_row.size(), 0.0);
     for (const smooth_curvature &c : form->hes_constant)
         value[c.place] += c.value * (c.row < 0 ? form->sign * weight : lambda[c.row]);
     if (f == nullptr) return ZLR_RES_OK;
-    for (size_t i = 0; i < form->multipliers.size(); i++) form->multipliers[i] = -lambda[i];
     const int32_t code = functions_hessian(f, x, form->sign * weight, form->multipliers.data(), form->curvature.data());
     for (size_t k = 0; k < form->hes_function.size() && code == ZLR_RES_OK; k++)
         value[form->hes_function[k]] += form->curvature[k];

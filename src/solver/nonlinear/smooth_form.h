@@ -29,6 +29,7 @@ struct smooth_form {
     std::vector<int32_t> jac_function;          /* places of the functions' gradients, in their order */
     std::vector<smooth_curvature> hes_constant; /* of quadratic parts */
     std::vector<int32_t> hes_function;          /* places of the functions' Hessian, in its order */
+    bool is_all_function = false;               /* the Hessian has nothing else, and in the functions' own order */
     std::vector<double> multipliers, curvature; /* room: by row, and the functions' Hessian */
 };
 
