@@ -4,6 +4,7 @@
 #include "solver/engines/gradient.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <cstring>
 #include <random>
@@ -159,7 +160,8 @@ std::vector<local_attempt> local_attempts(const optimization *o)
     return all;
 }
 
-/* "name=value" pairs with blanks or commas between. */
+/* "name=value" pairs with blanks or commas between. Names are in small letters, as the engine has them: AMPL keywords may
+ * have come in capitals. */
 static std::vector<engine_option> options_of_text(const char *text)
 {
     std::vector<engine_option> all;
@@ -171,6 +173,7 @@ static std::vector<engine_option> options_of_text(const char *text)
         if (pair.empty()) continue;
         engine_option o;
         o.name = pair.substr(0, equal);
+        for (char &letter : o.name) letter = static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
         o.param_class = ZLR_PAR_STR; /* the engine takes the text for what the option is */
         o.str = equal == std::string::npos ? "" : pair.substr(equal + 1);
         all.push_back(std::move(o));
