@@ -202,7 +202,7 @@ enum {
     ZLR_RES_TRM_MAX_SOLUTIONS = 10004,
     ZLR_RES_TRM_OBJECTIVE = 10005, /* an objective limit was reached */
     ZLR_RES_TRM_MEMORY = 10006,
-    ZLR_RES_TRM_STALL = 10007,           /* no engine got to an answer that passes the check */
+    ZLR_RES_TRM_STALL = 10007,            /* no engine got to an answer that passes the check */
     ZLR_RES_TRM_LOCAL_INFEASIBLE = 10008, /* nonlinear: the violation is least nearby, and not 0; proves nothing */
     ZLR_RES_TRM_DIVERGING = 10009         /* nonlinear: the columns grow without end; proves nothing */
 };

@@ -256,8 +256,8 @@ void summary_solution(const ZLR_task *task, stream_set *out, int32_t stream)
         any = true;
         std::string title = words_solution_kind(kind);
         title[0] = static_cast<char>(title[0] - 'a' + 'A');
-        text_append(&text, "\n%s solution: %s (problem %s)\n", title.c_str(), words_solution_status(sol->solsta, sol->is_local),
-                    words_problem_status(sol->prosta));
+        text_append(&text, "\n%s solution: %s (problem %s)\n", title.c_str(),
+                    words_solution_status(sol->solsta, sol->is_local), words_problem_status(sol->prosta));
         add_objectives(task, kind, sol, &text);
         if (detail == LOG_SOLUTION_ALL) add_check(task->problem.get(), &sol->check, &text);
     }

@@ -202,8 +202,8 @@ TEST_F(optimize, what_no_engine_takes_is_refused_with_the_reason)
     EXPECT_EQ(ZLR_RES_ERR_NONCONVEX, optimize_with(&task, &fake_table));
     task.params.integer[IPAR_NONCONVEX] = NONCONVEX_LOCAL;
     log.clear();
-    EXPECT_EQ(ZLR_RES_ERR_NONCONVEX, optimize_with(&task, &fake_table));
-    EXPECT_NE(std::string::npos, log.find("NONCONVEX=LOCAL needs a nonlinear engine"));
+    EXPECT_EQ(ZLR_RES_ERR_NO_ENGINE, optimize_with(&task, &fake_table)); /* nor a nonlinear one */
+    EXPECT_NE(std::string::npos, log.find("The problem needs a nonlinear engine, and there is none"));
 }
 
 TEST_F(optimize, claims_without_proof_are_settled_by_problems_of_our_own)
