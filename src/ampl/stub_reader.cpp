@@ -68,6 +68,7 @@ bool stub_fault(stub_reader *r, const char *format, ...)
     char what[256];
     va_list args;
     va_start(args, format);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the line above has done that
     std::vsnprintf(what, sizeof what, format, args);
     va_end(args);
     std::snprintf(r->fault, sizeof r->fault, "%s, %s %" PRId64 ": %s", r->name, place_names[r->is_binary], place, what);
@@ -92,6 +93,7 @@ bool stub_refuse(stub_reader *r, const char *format, ...)
     char what[256];
     va_list args;
     va_start(args, format);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the line above has done that
     std::vsnprintf(what, sizeof what, format, args);
     va_end(args);
     std::snprintf(r->fault, sizeof r->fault, "%s: %s", r->name, what);
