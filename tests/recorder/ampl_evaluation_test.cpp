@@ -58,7 +58,8 @@ TEST(ampl_evaluation, structure_with_any_items)
         for (const auto &[name, values] : expected)
             if (answers[bits].arrays.count(name) != 0) expect_array(answers[bits], name, values);
         size_t num = 0;
-        for (size_t k = 0; k < items.size(); ++k) num += (bits >> k & 1U) * (items[k] == "sub" ? 2 : 1);
+        for (size_t k = 0; k < items.size(); ++k)
+            if (bits >> k & 1U) num += items[k] == "sub" ? 2 : 1;
         EXPECT_EQ(answers[bits].arrays.size(), num);
     }
 }

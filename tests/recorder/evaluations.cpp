@@ -9,6 +9,7 @@
  * arguments say, or the task's columns, and whatever is written beyond them is misuse. */
 #include "recorder.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -88,18 +89,21 @@ static std::string exact(double value)
 
 static std::string exact(int32_t value) { return std::to_string(value); }
 
+template <typename value_type> static bool is_untouched(const value_type &value)
+{
+    const auto *bytes = reinterpret_cast<const unsigned char *>(&value);
+    return std::all_of(bytes, bytes + sizeof value, [](unsigned char byte) { return byte == GUARD_BYTE; });
+}
+
 /* The first `num` values, as far as they were written. */
 template <typename value_type>
 static std::string shown_part(const char *name, const guarded_array<value_type> &array, int64_t begin, int64_t end)
 {
-    const guarded_array<value_type> fresh = make_array<value_type>(1);
     std::string text;
-    for (size_t k = static_cast<size_t>(begin); k < static_cast<size_t>(end) && k < array.num; ++k) {
-        const bool untouched = std::memcmp(&array.values[k], fresh.values.data(), sizeof(value_type)) == 0;
-        text += (text.empty() ? "" : " ") + (untouched ? std::string("?") : exact(array.values[k]));
-    }
+    for (size_t k = static_cast<size_t>(begin); k < static_cast<size_t>(end) && k < array.num; ++k)
+        text += (text.empty() ? "" : " ") + (is_untouched(array.values[k]) ? std::string("?") : exact(array.values[k]));
     for (size_t k = array.num; k < array.values.size(); ++k)
-        if (std::memcmp(&array.values[k], fresh.values.data(), sizeof(value_type)) != 0) {
+        if (!is_untouched(array.values[k])) {
             record_misuse(std::string("write beyond the end of ") + name);
             break;
         }

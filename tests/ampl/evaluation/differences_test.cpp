@@ -12,8 +12,8 @@
 /* Multipliers of both signs, none of them round. */
 static std::vector<double> some_multipliers(const stub_callbacks &c)
 {
-    std::vector<double> y;
-    for (int32_t i = 0; i < c.num_rows; ++i) y.push_back(i % 3 == 2 ? -0.37 : 0.81 + 0.01 * (i % 7));
+    std::vector<double> y(static_cast<size_t>(c.num_rows));
+    for (size_t i = 0; i < y.size(); ++i) y[i] = i % 3 == 2 ? -0.37 : 0.81 + 0.01 * static_cast<double>(i % 7);
     return y;
 }
 

@@ -73,6 +73,9 @@ static void compare_objective(const stub_callbacks &c, const point_values &at, c
     expect_close(value, number_in(objective, "value", 0.0), "objective");
 }
 
+static std::string entry_key(size_t i, int32_t j) { return std::to_string(i) + "_" + std::to_string(j); }
+static std::string entry_key(int32_t i, int32_t j) { return entry_key(static_cast<size_t>(i), j); }
+
 static void compare_rows(const stub_callbacks &c, const point_values &at, const json &report)
 {
     const json &values = report["constraints"];
@@ -80,7 +83,7 @@ static void compare_rows(const stub_callbacks &c, const point_values &at, const 
     for (size_t i = 0; i < at.rows.size(); ++i) {
         expect_close(at.rows[i], number_in(values, std::to_string(i), 0.0), "row " + std::to_string(i));
         for (size_t p = 0; p < c.row_columns[i].size(); ++p) {
-            const std::string key = std::to_string(i) + "_" + std::to_string(c.row_columns[i][p]);
+            const std::string key = entry_key(i, c.row_columns[i][p]);
             expect_close(at.row_gradients[i][p], number_in(jacobian, key, 0.0), "entry " + key);
         }
     }
@@ -93,11 +96,10 @@ static void compare_hessian(const stub_callbacks &c, const point_values &at, con
     double largest = 1.0;
     for (const double value : at.hessian) largest = std::max(largest, std::fabs(value));
     for (size_t p = 0; p < c.hes_i.size(); ++p) {
-        const std::string i = std::to_string(c.hes_i[p]);
-        const std::string j = std::to_string(c.hes_j[p]);
-        num_known += hessian.count(i + "_" + j);
-        if (i != j) num_known += hessian.count(j + "_" + i);
-        EXPECT_NEAR(at.hessian[p], number_in(hessian, i + "_" + j, 0.0), 1e-11 * largest) << i << " " << j;
+        const std::string key = entry_key(c.hes_i[p], c.hes_j[p]);
+        num_known += hessian.count(key);
+        if (c.hes_i[p] != c.hes_j[p]) num_known += hessian.count(entry_key(c.hes_j[p], c.hes_i[p]));
+        EXPECT_NEAR(at.hessian[p], number_in(hessian, key, 0.0), 1e-11 * largest) << key;
     }
     EXPECT_EQ(num_known, hessian.size());
 }

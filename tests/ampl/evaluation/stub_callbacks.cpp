@@ -22,8 +22,9 @@ static void take_columns(const ASL *asl, stub_callbacks *c)
     c->num_rows = nlc;
     c->num_columns = ampl_nonlinear_columns(asl);
     for (int32_t j = 0; j < n_var; ++j) {
-        c->lower.push_back(LUv[2 * j]);
-        c->upper.push_back(LUv[2 * j + 1]);
+        const double *bounds = LUv + 2 * static_cast<size_t>(j);
+        c->lower.push_back(bounds[0]);
+        c->upper.push_back(bounds[1]);
         c->start.push_back(X0 != nullptr && (havex0 == nullptr || havex0[j]) ? X0[j] : none);
     }
     c->linear.resize(static_cast<size_t>(n_var) + 1);
