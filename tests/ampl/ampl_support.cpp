@@ -1,6 +1,8 @@
 /* ampl_support.cpp - see ampl_support.h: runs and .sol files. */
 #include "ampl_support.h"
 
+#include <gtest/gtest.h>
+
 #include <zlib.h>
 
 #include <cctype>
@@ -176,6 +178,18 @@ std::string copy_stub(const temp_folder &folder, const data_row &row)
 void write_stub(const temp_folder &folder, const nl_model &model, nl_form form)
 {
     file_write(folder.file("model.nl"), nl_text(model, form));
+}
+
+std::string run_with_trace(const temp_folder &folder, const std::vector<std::string> &words)
+{
+    process_options options;
+    options.folder = folder.path;
+    options.args = {"model"};
+    options.args.insert(options.args.end(), words.begin(), words.end());
+    options.args.insert(options.args.end(), {"-a", "-dbgmem", "trace"});
+    const process_result run = process_run(ZELOR_PROGRAM, options);
+    EXPECT_EQ(run.signal, 0);
+    return file_read(folder.file("trace"));
 }
 
 /* ---- What is not taken ---- */

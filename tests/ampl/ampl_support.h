@@ -45,6 +45,9 @@ struct ampl_run {
 ampl_run run_ampl(const temp_folder &folder, const std::string &stub, const std::vector<std::string> &words,
                   const std::string &zelor_options = "", const std::vector<process_signal> &signals = {});
 
+/* The memory trace that "zelor model words... -a -dbgmem" leaves of the stub "model.nl" in the folder. */
+std::string run_with_trace(const temp_folder &folder, const std::vector<std::string> &words);
+
 /* A data file in the folder, unpacked, with its .row and .col beside it. Returns the stub's name, without ".nl". */
 std::string copy_stub(const temp_folder &folder, const data_row &row);
 

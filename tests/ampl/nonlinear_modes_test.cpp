@@ -165,16 +165,10 @@ TEST(ampl_nonlinear_memory, no_job_leaves_a_block)
         SCOPED_TRACE(c.name);
         const temp_folder folder;
         write_stub(folder, c.model);
-        process_options options;
-        options.folder = folder.path;
-        options.args = {"model"};
-        options.args.insert(options.args.end(), c.words.begin(), c.words.end());
-        options.args.insert(options.args.end(), {"-a", "-dbgmem", "trace"});
-        const process_result run = process_run(ZELOR_PROGRAM, options);
-        EXPECT_EQ(run.signal, 0);
-        const std::string trace = file_read(folder.file("trace"));
+        const std::string trace = run_with_trace(folder, c.words);
         EXPECT_NE(trace.find("src/zelor/zelorbin("), std::string::npos) << trace;
         EXPECT_NE(trace.find("Number of blocks: 0 "), std::string::npos) << trace;
+        EXPECT_NE(trace.find("Checking leaks\nDone checking leaks\n"), std::string::npos) << trace;
     }
 }
 

@@ -329,6 +329,15 @@ static void loosen_check(optimization *o)
     o->tol.primal = std::max(o->tol.primal, tolerance);
 }
 
+/* A given start counts as a point like any other. */
+static void measure_start(optimization *o)
+{
+    solution *best = &o->best[ZLR_SOL_ITR];
+    if (!best->defined || !best->has_primal) return;
+    o->best_ratio[ZLR_SOL_ITR] = check_solution(o->problem.get(), &o->tol, false, best).primal;
+    local_status(best);
+}
+
 int32_t local_optimize(optimization *o)
 {
     const engine_source *source = o->table->smooth;
@@ -350,6 +359,7 @@ int32_t local_optimize(optimization *o)
     local_watch w;
     w.o = o;
     loosen_check(o);
+    measure_start(o);
     smooth_form_make(o->problem.get(), &w.form);
     const smooth_end first = run_attempts(&w, adapter);
     take_best_seen(o, &w);

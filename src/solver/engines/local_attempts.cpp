@@ -92,32 +92,14 @@ smooth_start local_start(const optimization *o, const local_attempt *attempt, do
 
 /* ---- settings */
 
-static engine_option number_option(const char *name, double value)
-{
-    engine_option o;
-    o.name = name;
-    o.param_class = ZLR_PAR_DOUBLE;
-    o.dou = value;
-    return o;
-}
-
-static engine_option word_option(const char *name, const char *word)
-{
-    engine_option o;
-    o.name = name;
-    o.param_class = ZLR_PAR_INT;
-    o.str = word;
-    return o;
-}
-
 /* Settings for a start next to a solution. */
 static std::vector<engine_option> near_options(const param_set *params, double mu)
 {
     std::vector<engine_option> options;
     for (const char *name : {"warm_start_bound_push", "warm_start_slack_bound_push", "warm_start_mult_bound_push"})
-        options.push_back(number_option(name, 1e-8));
+        options.push_back(plan_number_option(name, 1e-8));
     if (param_is_default(params, param_find(ZLR_PAR_DOUBLE, DPAR_NLP_MU_INIT)))
-        options.push_back(number_option("mu_init", mu));
+        options.push_back(plan_number_option("mu_init", mu));
     return options;
 }
 
@@ -125,9 +107,9 @@ local_attempt local_sharper(const param_set *params)
 {
     local_attempt attempt = {" from there, without scaling and relaxation", near_options(params, 1e-9)};
     attempt.goes_on = true;
-    attempt.extra.push_back(word_option("nlp_scaling_method", "none"));
-    attempt.extra.push_back(number_option("bound_relax_factor", 0.0));
-    attempt.extra.push_back(number_option("constr_viol_tol", 1e-8));
+    attempt.extra.push_back(plan_word_option("nlp_scaling_method", "none"));
+    attempt.extra.push_back(plan_number_option("bound_relax_factor", 0.0));
+    attempt.extra.push_back(plan_number_option("constr_viol_tol", 1e-8));
     return attempt;
 }
 
@@ -143,12 +125,12 @@ std::vector<local_attempt> local_attempts(const optimization *o)
     const bool is_adaptive = param_int(params, IPAR_NLP_MU_STRATEGY) != 0;
     const bool is_scaled = param_int(params, IPAR_NLP_SCALING) != 0;
     all.push_back({"", {}});
-    all.push_back(
-        {" from further within the bounds", {number_option("bound_push", 1.0), number_option("bound_frac", 0.5)}});
+    all.push_back({" from further within the bounds",
+                   {plan_number_option("bound_push", 1.0), plan_number_option("bound_frac", 0.5)}});
     all.push_back({is_adaptive ? " with a monotone barrier" : " with an adaptive barrier",
-                   {word_option("mu_strategy", is_adaptive ? "monotone" : "adaptive")}});
+                   {plan_word_option("mu_strategy", is_adaptive ? "monotone" : "adaptive")}});
     all.push_back({is_scaled ? " without scaling" : " with scaling",
-                   {word_option("nlp_scaling_method", is_scaled ? "none" : "gradient-based")}});
+                   {plan_word_option("nlp_scaling_method", is_scaled ? "none" : "gradient-based")}});
     local_attempt perturbed = {" from a perturbed start", {}};
     perturbed.is_perturbed = true;
     all.push_back(std::move(perturbed));

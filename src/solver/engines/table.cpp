@@ -55,7 +55,16 @@ const char *plan_method_name(engine_method method)
     return "engine's choice";
 }
 
-static engine_option word_option(const char *name, const char *word, int32_t value)
+engine_option plan_number_option(const char *name, double value)
+{
+    engine_option o;
+    o.name = name;
+    o.param_class = ZLR_PAR_DOUBLE;
+    o.dou = value;
+    return o;
+}
+
+engine_option plan_word_option(const char *name, const char *word, int32_t value)
 {
     engine_option o;
     o.name = name;
@@ -119,7 +128,7 @@ static plan_step step_of(const engine_source *source, engine_method method, int3
 static plan_step without_presolve(const engine_source *source, engine_method method, int32_t threads)
 {
     plan_step step = step_of(source, method, threads);
-    step.extra.push_back(word_option("presolve", "off", 0));
+    step.extra.push_back(plan_word_option("presolve", "off", 0));
     step.what = " without presolve";
     return step;
 }
@@ -127,7 +136,7 @@ static plan_step without_presolve(const engine_source *source, engine_method met
 static plan_step without_scaling(const engine_source *source, engine_method method, int32_t threads)
 {
     plan_step step = without_presolve(source, method, threads);
-    step.extra.push_back(word_option("simplex_scale_strategy", "off", 0));
+    step.extra.push_back(plan_word_option("simplex_scale_strategy", "off", 0));
     step.what = " without presolve and scaling";
     return step;
 }
@@ -138,7 +147,7 @@ static plan_step chosen_step(const engine_source *source, engine_method method, 
 {
     plan_step step = step_of(source, method, threads);
     if (method == METHOD_PDLP && param_int(params, IPAR_PDLP_CODE) == PDLP_HIPDLP)
-        step.extra.push_back(word_option("solver", "hipdlp", 0));
+        step.extra.push_back(plan_word_option("solver", "hipdlp", 0));
     return step;
 }
 
@@ -253,20 +262,11 @@ static void plan_continuous(const engine_source *source, const model *m, const p
 
 /* ---- quadratic and conic */
 
-static engine_option number_option(const char *name, double value)
-{
-    engine_option o;
-    o.name = name;
-    o.param_class = ZLR_PAR_DOUBLE;
-    o.dou = value;
-    return o;
-}
-
 static plan_step tightened(const engine_source *source, double tolerance, const char *what)
 {
     plan_step step = step_of(source, METHOD_INTPNT, 1);
     for (const char *name : {"tol_gap_abs", "tol_gap_rel", "tol_feas"})
-        step.extra.push_back(number_option(name, tolerance));
+        step.extra.push_back(plan_number_option(name, tolerance));
     step.what = what;
     return step;
 }
@@ -275,9 +275,9 @@ static plan_step tightened(const engine_source *source, double tolerance, const 
 static plan_step first_conic(const engine_source *source, const param_set *params)
 {
     plan_step step = step_of(source, METHOD_INTPNT, 1);
-    step.extra.push_back(number_option("tol_gap_abs", param_dou(params, DPAR_CONIC_TOL_GAP_ABS)));
-    step.extra.push_back(number_option("tol_gap_rel", param_dou(params, DPAR_CONIC_TOL_GAP_REL)));
-    step.extra.push_back(number_option("tol_feas", param_dou(params, DPAR_CONIC_TOL_FEAS)));
+    step.extra.push_back(plan_number_option("tol_gap_abs", param_dou(params, DPAR_CONIC_TOL_GAP_ABS)));
+    step.extra.push_back(plan_number_option("tol_gap_rel", param_dou(params, DPAR_CONIC_TOL_GAP_REL)));
+    step.extra.push_back(plan_number_option("tol_feas", param_dou(params, DPAR_CONIC_TOL_FEAS)));
     return step;
 }
 
@@ -287,7 +287,7 @@ static plan_step first_hipo(const engine_source *source, const param_set *params
 {
     plan_step step = step_of(source, METHOD_HIPO, 1);
     if (param_is_default(params, param_find(ZLR_PAR_DOUBLE, DPAR_IPM_OPTIMALITY_TOL)))
-        step.extra.push_back(number_option("ipm_optimality_tolerance", 1e-11));
+        step.extra.push_back(plan_number_option("ipm_optimality_tolerance", 1e-11));
     return step;
 }
 
@@ -295,14 +295,14 @@ static plan_step first_hipo(const engine_source *source, const param_set *params
 plan_step plan_sharp_step(const engine_source *source)
 {
     plan_step step = tightened(source, 1e-11, " with tightened tolerances");
-    step.extra.push_back(number_option("static_regularization_constant", 1e-10));
+    step.extra.push_back(plan_number_option("static_regularization_constant", 1e-10));
     return step;
 }
 
 static plan_step unscaled(const engine_source *source, double tolerance)
 {
     plan_step step = tightened(source, tolerance, " on unscaled data");
-    step.extra.push_back(word_option("equilibrate_enable", "", 0));
+    step.extra.push_back(plan_word_option("equilibrate_enable", "", 0));
     return step;
 }
 
@@ -351,7 +351,7 @@ static void plan_integer(const engine_source *source, const param_set *params, c
     plan->rounds.push_back({step_of(source, METHOD_MIP, threads)});
     plan->rounds.push_back({without_presolve(source, METHOD_MIP, threads)});
     plan_step other = without_presolve(source, METHOD_MIP, threads);
-    other.extra.push_back(word_option("random_seed", "", param_int(params, IPAR_RANDOM_SEED) ^ 1));
+    other.extra.push_back(plan_word_option("random_seed", "", param_int(params, IPAR_RANDOM_SEED) ^ 1));
     other.what = " without presolve, with another seed";
     plan->rounds.push_back({std::move(other)});
     limit_rounds(param_int(params, IPAR_OPTIMIZER_MAX_ATTEMPTS), plan);

@@ -53,6 +53,10 @@ engine_plan plan_make(const engine_table *table, const model *m, const param_set
 /* An interior point of the conic engine with more digits than by its own tolerances. */
 plan_step plan_sharp_step(const engine_source *source);
 
+/* An engine's option with a number or a word; where the engine knows the word as a number, with that too. */
+engine_option plan_number_option(const char *name, double value);
+engine_option plan_word_option(const char *name, const char *word, int32_t value = 0);
+
 /* The user's parameters that are an engine's own options, as far as they are not at their defaults. */
 std::vector<engine_option> plan_options(const engine_source *source, const param_set *params);
 

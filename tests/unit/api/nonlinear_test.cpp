@@ -189,6 +189,24 @@ TEST_F(nonlinear, a_stop_at_any_iteration_leaves_the_best_point_that_was_seen)
     EXPECT_TRUE(ended);
 }
 
+/* The engine moves a start away from its bounds, and so never sees this one. */
+TEST_F(nonlinear, a_stop_leaves_a_given_start_that_is_better)
+{
+    function_model m;
+    m.objective = [](const std::vector<jet> &x) { return x[0] + x[1] * x[1]; };
+    m.rows = {[](const std::vector<jet> &x) { return x[0] * x[0] + x[1] * x[1]; }};
+    fill_functions(&m, {{-inf, 4.0}}, {{0.0, inf}, {-5.0, 5.0}});
+    start_at({0.0, 0.0});
+    stopper s;
+    s.after = 3;
+    ASSERT_EQ(ZLR_putcallbackfunc(task, stop_after, &s), ZLR_RES_OK);
+    ASSERT_EQ(ZLR_optimize(task), ZLR_RES_TRM_USER_STOP);
+    ASSERT_GT(m.asked.size(), 1u);
+    const api_solution found = get_solution(task, ZLR_SOL_ITR);
+    EXPECT_EQ(found.xx, (std::vector<double>{0.0, 0.0}));
+    EXPECT_EQ(found.solsta, ZLR_SOLSTA_PRIM_FEAS);
+}
+
 TEST_F(nonlinear, limits_of_iterations_and_time_have_their_codes)
 {
     function_model m = hs71(1.0);
