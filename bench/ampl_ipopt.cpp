@@ -1,5 +1,6 @@
 /* ampl_ipopt.cpp - Ipopt alone on a stub: the AMPL Solver Library reads and evaluates it, Ipopt's C interface solves it,
- * with the settings that its engine module has, in one attempt. bench/nonlinear measures zelor by it.
+ * with the settings that its engine module has, in one attempt, and the answer goes back in a .sol file. bench/nonlinear
+ * measures zelor by it.
  *
  *   ampl_ipopt STUB [name=value ...]     a line "name value" each of status, objective, iterations and seconds */
 #include <IpStdCInterface.h>
@@ -115,6 +116,7 @@ static bool read_stub(peer_problem *p, const char *stub)
 {
     ASL *asl = p->asl = ASL_alloc(ASL_read_pfgh);
     return_nofile = 1;
+    amplflag = 1; /* an answer is wanted in a file */
     want_xpi0 = 1;
     FILE *file = jac0dim(stub, static_cast<ftnlen>(std::strlen(stub)));
     if (file == nullptr || pfgh_read(file, ASL_return_read_err) != 0) return false;
@@ -172,7 +174,7 @@ int main(int argc, char **argv)
     const double begin = seconds_now();
     peer_problem p = {};
     if (argc < 2 || !read_stub(&p, argv[1])) return 1;
-    const ASL *asl = p.asl;
+    ASL *asl = p.asl;
     std::vector<double> x = start_of(asl), lambda(static_cast<size_t>(n_con) + 1), z_lower(x), z_upper(x);
     std::vector<double> lower = sides_of(LUv, n_var, 0), upper = sides_of(LUv, n_var, 1);
     std::vector<double> row_lower = sides_of(LUrhs, n_con, 0), row_upper = sides_of(LUrhs, n_con, 1);
@@ -190,6 +192,8 @@ int main(int argc, char **argv)
     FreeIpoptProblem(ipopt);
     Printf("status %d\nobjective %.16g\niterations %d\nsolve %.6f\n", status, p.sign * objective, p.iterations,
            end - start);
+    solve_code = status == Solve_Succeeded || status == Solved_To_Acceptable_Level ? 0 : 500;
+    write_sol("Ipopt alone", x.data(), lambda.data(), nullptr);
     ASL_free(&p.asl);
     Printf("total %.6f\n", seconds_now() - begin);
     return 0;

@@ -7,7 +7,7 @@
  *                    stub_reader.cpp
  *   stub_stream.cpp  what is read of it then
  *   guard.cpp        calls of the AMPL Solver Library that could end the process
- *   nonlinear.cpp    the second read of a nonlinear stub, as one that can be evaluated
+ *   nonlinear.cpp    a nonlinear stub as one that can be evaluated
  *   callbacks.cpp    what the optimiser asks of the structure of a nonlinear model
  *   evaluate.cpp     and of its values
  *   names.cpp        names, suffixes
@@ -108,7 +108,7 @@ struct stub_model {
     double *c;                   /* n_var, linear objective */
     double cfix;                 /* constant of the objective */
     int32_t maximise;            /* 1: it is a maximisation */
-    int32_t nonlinear;           /* 1: some part is not quadratic */
+    int32_t nonlinear;           /* 1: some part is not quadratic; known before the read or found after it */
     int32_t num_quad;            /* nlc + 1, entries of the next four; 0: they do not exist */
     int32_t *qnz;                /* triples of the objective, then of each row */
     int32_t **qsubi, **qsubj;    /* places in the symmetric matrix */
@@ -146,7 +146,13 @@ void ampl_name_stub(ASL *asl, const char *name, int32_t num_con, int32_t num_var
 
 /* ---- nonlinear.cpp ---- */
 
-/* Replaces the stub object by one that can be evaluated, read from the stub of that name, and installs the callbacks. */
+/* Puts a stub object that can be evaluated in the place of the one there is, and returns it: without a name, nothing read. It
+ * is told no more than how the answer goes back, and what is wanted of a start: none but with AMPL_EXTENDED, for an optimiser
+ * of nonlinear functions begins at a point of its own. */
+ASL *ampl_replace_stub(const ampl_data *adat, ASL **stub, const Option_Info *options);
+
+/* Installs the callbacks. A stub object that cannot be evaluated is replaced before by one that can, read from the stub of
+ * that name. */
 struct stub_suffixes;
 [[nodiscard]] int32_t ampl_put_nonlinear(ampl_data *adat, ASL **stub, const Option_Info *options, const char *name,
                                          stub_suffixes *suffixes);

@@ -1,4 +1,4 @@
-/* read_model.cpp - see ampl.h: the read of a stub as a quadratic model, and what it holds. */
+/* read_model.cpp - see ampl.h: the read of a stub, and what it holds. */
 #include "ampl/ampl.h"
 
 /* Bounds of this size do not exist for the tests of quadratic and nonlinear rows, whatever the parameter says: kept. */
@@ -36,8 +36,8 @@ static int32_t make_arrays(ZLR_task *task, ASL *asl, stub_model *model)
     if (res == ZLR_RES_OK) res = ampl_calloc(task, n_var, &model->c);
     if (res != ZLR_RES_OK) return res;
 
-    /* The reader fills these; without a place for the values it builds row lists (Cgrad) instead. */
-    A_vals = nlc == 0 ? model->matrix.value : nullptr;
+    /* The reader fills these; without a place for the values it builds row lists (Cgrad) instead, as an evaluation needs. */
+    A_vals = nlc == 0 && !model->nonlinear ? model->matrix.value : nullptr;
     A_rownos = nullptr;
     LUrhs = model->conlower;
     Urhsx = model->conupper;

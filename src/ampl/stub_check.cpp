@@ -15,9 +15,11 @@ struct stub_walk {
     stub_expression_scope scope;
     stub_coefs coefs;
     unsigned char *has_row, *has_objective, *has_gradient; /* C, O and G were there */
-    unsigned char *has_common, *has_func, *takes_text;
-    int32_t *operands;
+    unsigned char *has_common, *has_func;
+    int32_t *common_degree;
+    stub_operator *operators;
     bool is_known; /* the header is */
+    bool is_nonlinear;
     bool has_sides, has_bounds, has_gradients, has_sets;
 };
 
@@ -128,7 +130,7 @@ template <bool binary> static bool take_common(stub_walk *w)
                                   is_shared ? 0 : INT32_MAX, &user))
         return false;
     if (!stub_end_line<binary>(r) || !take_terms<binary>(r, "a column", num, num_var, true)) return false;
-    if (!stub_take_expression<binary>(r, &w->scope)) return false;
+    if (!stub_take_expression<binary>(r, &w->scope, &w->common_degree[k - num_var])) return false;
     w->has_common[k - num_var] = 1;
     return true;
 }
@@ -189,17 +191,22 @@ template <bool binary> static bool take_start(stub_walk *w, const char *what, in
            take_terms<binary>(r, what, num, size, true);
 }
 
-/* A row (C), a logical constraint (L; `seen` is null) or an objective (O), whose sense stands behind its number. */
+/* A row (C), a logical constraint (L; `seen` is null) or an objective (O), whose sense stands behind its number. The first
+ * `num_curved` of them are looked at for being nonlinear. */
 template <bool binary>
-static bool take_body(stub_walk *w, const char *what, int32_t limit, unsigned char *seen, bool has_sense)
+static bool take_body(stub_walk *w, const char *what, int32_t limit, int32_t num_curved, unsigned char *seen,
+                      bool has_sense)
 {
     stub_reader *r = &w->reader;
     int32_t k = 0;
     int32_t sense = 0;
+    int32_t degree = 0;
     if (!stub_take_number<binary>(r, what, 0, limit - 1, &k) || (seen != nullptr && !stub_mark(r, seen, what, k)))
         return false;
     if (has_sense && !stub_take_number<binary>(r, "a sense", 0, 1, &sense)) return false;
-    return stub_end_line<binary>(r) && stub_take_expression<binary>(r, &w->scope);
+    if (!stub_end_line<binary>(r) || !stub_take_expression<binary>(r, &w->scope, &degree)) return false;
+    if (k < num_curved && degree >= stub_degree_nonlinear) w->is_nonlinear = true;
+    return true;
 }
 
 template <bool binary> static bool take_segment(stub_walk *w, char letter)
@@ -209,9 +216,10 @@ template <bool binary> static bool take_segment(stub_walk *w, char letter)
     switch (letter) {
     case 'J': return stub_take_row<binary>(r, h, &w->coefs);
     case 'G': return take_gradient<binary>(w);
-    case 'C': return take_body<binary>(w, "row", h->num_con, w->has_row, false);
-    case 'L': return take_body<binary>(w, "logical constraint", h->num_lcon, nullptr, false);
-    case 'O': return take_body<binary>(w, "objective", h->num_obj, w->has_objective, true);
+    case 'C': return take_body<binary>(w, "row", h->num_con, h->num_curved_con, w->has_row, false);
+    case 'L': return take_body<binary>(w, "logical constraint", h->num_lcon, 0, nullptr, false);
+    case 'O': /* the first one alone is solved for */
+        return take_body<binary>(w, "objective", h->num_obj, std::min(1, h->num_curved_obj), w->has_objective, true);
     case 'V': return take_common<binary>(w);
     case 'F': return take_function<binary>(w);
     case 'S': return take_suffix<binary>(w);
@@ -270,20 +278,20 @@ static int32_t make_arrays(ZLR_task *task, stub_walk *w)
     if (res == ZLR_RES_OK) res = ampl_calloc(task, h->num_obj, &w->has_gradient);
     if (res == ZLR_RES_OK) res = ampl_calloc(task, h->num_common_all, &w->has_common);
     if (res == ZLR_RES_OK) res = ampl_calloc(task, h->num_func, &w->has_func);
-    if (res == ZLR_RES_OK) res = ampl_calloc(task, stub_max_depth, &w->takes_text);
-    if (res == ZLR_RES_OK) res = ampl_calloc(task, stub_max_depth, &w->operands);
+    if (res == ZLR_RES_OK) res = ampl_calloc(task, h->num_common_all, &w->common_degree);
+    if (res == ZLR_RES_OK) res = ampl_calloc(task, stub_max_depth + 1, &w->operators);
     if (res == ZLR_RES_OK) res = stub_coefs_make(task, h, &w->coefs);
-    w->scope = {h->num_var,   h->num_var + h->num_common_all, h->num_func, w->has_common, w->has_func, w->operands,
-                w->takes_text};
+    w->scope = {h->num_var,  h->num_var + h->num_common_all, h->num_func, w->has_common, w->has_func, w->common_degree,
+                w->operators};
     return res;
 }
 
 static void free_arrays(ZLR_task *task, stub_walk *w)
 {
     stub_coefs_free(task, &w->coefs);
-    ampl_free(task, &w->operands);
-    for (unsigned char **block :
-         {&w->takes_text, &w->has_func, &w->has_common, &w->has_gradient, &w->has_objective, &w->has_row})
+    ampl_free(task, &w->operators);
+    ampl_free(task, &w->common_degree);
+    for (unsigned char **block : {&w->has_func, &w->has_common, &w->has_gradient, &w->has_objective, &w->has_row})
         ampl_free(task, block);
     ampl_free(task, &w->reader.block);
 }
@@ -333,7 +341,7 @@ int32_t stub_check(ZLR_task *task, const char *name, stub_facts *facts, stub_mat
     }
     if (res == ZLR_RES_OK) stub_coefs_release(&w.reader, &w.header, &w.coefs, matrix);
     std::memcpy(fault, w.reader.fault, stub_fault_bytes);
-    *facts = {w.is_known ? w.header.num_con : 0, w.is_known ? w.header.num_var : 0, w.has_sets};
+    *facts = {w.is_known ? w.header.num_con : 0, w.is_known ? w.header.num_var : 0, w.has_sets, w.is_nonlinear};
     free_arrays(task, &w);
     (void)std::fclose(file);
     return res;

@@ -12,6 +12,7 @@
 struct stub_facts {
     int32_t num_con, num_var; /* 0 where the header is at fault */
     bool has_sets;            /* special ordered sets, by their suffixes */
+    bool is_nonlinear;        /* the first objective or a row is, for sure; false: it may be all the same */
 };
 
 /* `name` as the library takes it: NAME.nl, or NAME itself where that ends in .nl. `matrix` comes empty, and is filled where

@@ -35,12 +35,20 @@ template <bool binary> static bool take_operands(stub_reader *r, int32_t least, 
 
 /* A number behind its letter: real, of 4 bytes, or of 2, which the library takes in binary alone. False without a fault: it
  * is no number's letter. */
-template <bool binary> static bool take_number(stub_reader *r, char letter)
+template <bool binary> static bool take_number(stub_reader *r, char letter, double *value)
 {
-    int32_t value = 0;
-    if (letter == 'n') return stub_take_real<binary>(r, "a number") && stub_end_line<binary>(r);
-    if (letter == 'l') return stub_take_int<binary>(r, "a number", &value) && stub_end_line<binary>(r);
+    int32_t whole = 0;
+    if (letter == 'n') return stub_take_value<binary>(r, "a number", value) && stub_end_line<binary>(r);
+    if (letter == 'l') {
+        if (!stub_take_int<binary>(r, "a number", &whole)) return false;
+        *value = whole;
+        return stub_end_line<binary>(r);
+    }
     if (letter == 's' && binary && stub_need_bytes(r, 2, "a number")) {
+        uint16_t bits = 0;
+        std::memcpy(&bits, r->at, 2);
+        if (r->is_swapped) bits = __builtin_bswap16(bits);
+        *value = static_cast<int16_t>(bits);
         r->at += 2;
         return true;
     }
@@ -57,8 +65,9 @@ template <bool binary> static bool take_pieces(stub_reader *r)
         return false;
     for (int64_t k = 0; k < 2 * static_cast<int64_t>(num) - 1; ++k) {
         char letter = 0;
+        double unused = 0;
         if (!stub_take_letter<binary>(r, what, &letter)) return false;
-        if (!take_number<binary>(r, letter)) return stub_expected(r, what);
+        if (!take_number<binary>(r, letter, &unused)) return stub_expected(r, what);
     }
     return true;
 }
@@ -89,14 +98,16 @@ static const char *broken_operator(int32_t code)
     return code >= OPERATOR_QUOTIENT && code < OPERATOR_QUOTIENT + 4 ? names[code - OPERATOR_QUOTIENT] : nullptr;
 }
 
-/* What an operator works on; 0: nothing is to follow. */
-template <bool binary> static bool take_operator(stub_reader *r, int32_t *num, bool *takes_text)
+/* With what it works on. */
+template <bool binary> static bool take_operator(stub_reader *r, stub_operator *op)
 {
-    int32_t code = 0;
-    if (!stub_take_number<binary>(r, "an operator", 0, num_operators - 1, &code)) return false;
+    int32_t *num = &op->missing;
+    op->has_term = false;
+    if (!stub_take_number<binary>(r, "an operator", 0, num_operators - 1, &op->code)) return false;
+    const int32_t code = op->code;
     if (const char *name = broken_operator(code); name != nullptr)
         return stub_fault(r, "operator %d (%s) cannot be evaluated", code, name);
-    *takes_text = code == OPERATOR_IF_TEXT || code == OPERATOR_COUNT_TEXT;
+    op->takes_text = code == OPERATOR_IF_TEXT || code == OPERATOR_COUNT_TEXT;
     switch (code == OPERATOR_POWER_OF || code == OPERATOR_POWER_TO ? 0 : optype[code]) {
     case CLASS_UNARY: *num = 1; return stub_end_line<binary>(r);
     case CLASS_BINARY: *num = 2; return stub_end_line<binary>(r);
@@ -113,66 +124,88 @@ template <bool binary> static bool take_operator(stub_reader *r, int32_t *num, b
     }
 }
 
-template <bool binary> static bool take_variable(stub_reader *r, const stub_expression_scope *scope)
+template <bool binary> static bool take_variable(stub_reader *r, const stub_expression_scope *scope, stub_term *term)
 {
     int32_t j = 0;
     if (!stub_take_number<binary>(r, "a variable", 0, scope->num_variables - 1, &j)) return false;
-    if (j >= scope->num_var && !scope->has_common[j - scope->num_var])
+    const int32_t common = j - scope->num_var;
+    if (common >= 0 && !scope->has_common[common])
         return stub_fault(r, "the common expression %d is used before it is defined", j);
+    term->degree = 1;
+    term->column = j;
+    if (common >= 0) { /* which columns it has is not kept */
+        term->degree = scope->common_degree[common] > 1 ? scope->common_degree[common] : 0;
+        term->column = INT32_MAX;
+    }
     return stub_end_line<binary>(r);
 }
 
-template <bool binary> static bool take_call(stub_reader *r, const stub_expression_scope *scope, int32_t *num)
+template <bool binary> static bool take_call(stub_reader *r, const stub_expression_scope *scope, stub_operator *op)
 {
     int32_t k = 0;
+    op->code = -1;
+    op->takes_text = true;
+    op->has_term = false;
     if (!stub_take_number<binary>(r, "a function", 0, scope->num_func - 1, &k)) return false;
     if (!scope->has_func[k]) return stub_fault(r, "the function %d is used before it is named", k);
-    return take_operands<binary>(r, 0, num) && stub_end_line<binary>(r);
+    return take_operands<binary>(r, 0, &op->missing) && stub_end_line<binary>(r);
 }
 
-/* One item, behind its letter. */
+/* One item, behind its letter: a term, or an operator, of which operands are missing then. */
 template <bool binary>
-static bool take_item(stub_reader *r, const stub_expression_scope *scope, char letter, bool text_allowed, int32_t *num,
-                      bool *takes_text)
+static bool take_item(stub_reader *r, const stub_expression_scope *scope, char letter, bool text_allowed,
+                      stub_operator *op, stub_term *term)
 {
-    *num = 0;
-    *takes_text = false;
+    op->missing = 0;
+    *term = {.value = 0.0, .degree = 0, .column = -1, .is_number = false};
     switch (letter) {
-    case 'v': return take_variable<binary>(r, scope);
-    case 'o': return take_operator<binary>(r, num, takes_text);
-    case 'f': *takes_text = true; return take_call<binary>(r, scope, num);
+    case 'v': return take_variable<binary>(r, scope, term);
+    case 'o': return take_operator<binary>(r, op);
+    case 'f': return take_call<binary>(r, scope, op);
     case 'h':
         if (text_allowed) return take_text<binary>(r) && stub_end_line<binary>(r);
         break;
     default:
-        if (take_number<binary>(r, letter)) return true;
+        term->is_number = true;
+        if (take_number<binary>(r, letter, &term->value)) return true;
         return stub_expected(r, "an expression");
     }
     --r->at;
     return stub_expected(r, "an expression");
 }
 
-template <bool binary> bool stub_take_expression(stub_reader *r, const stub_expression_scope *scope)
+/* A term is complete: with it maybe the operator that it belongs to, and so on. Returns how many are still open. */
+static int32_t close_operators(stub_operator *operators, int32_t depth, stub_term *term)
+{
+    while (depth > 0) {
+        stub_operator *op = &operators[depth - 1];
+        op->term = op->has_term ? stub_degree_join(op->code, op->term, *term) : stub_degree_begin(op->code, *term);
+        op->has_term = true;
+        if (--op->missing > 0) break;
+        *term = op->term;
+        --depth;
+    }
+    return depth;
+}
+
+template <bool binary> bool stub_take_expression(stub_reader *r, const stub_expression_scope *scope, int32_t *degree)
 {
     int32_t depth = 0;
+    stub_term term = {};
     do {
         char letter = 0;
-        int32_t num = 0;
-        bool takes_text = false;
-        const bool text_allowed = depth > 0 && scope->takes_text[depth - 1] != 0;
+        stub_operator *next = &scope->operators[depth];
+        const bool text_allowed = depth > 0 && next[-1].takes_text;
         if (!stub_take_letter<binary>(r, "an expression", &letter)) return false;
-        if (!take_item<binary>(r, scope, letter, text_allowed, &num, &takes_text)) return false;
-        if (num > 0) {
-            if (depth == stub_max_depth)
-                return stub_fault(r, "the expression is more than %d operators deep", stub_max_depth);
-            scope->operands[depth] = num;
-            scope->takes_text[depth++] = takes_text;
-            continue;
-        }
-        while (depth > 0 && --scope->operands[depth - 1] == 0) --depth;
+        if (!take_item<binary>(r, scope, letter, text_allowed, next, &term)) return false;
+        if (next->missing == 0)
+            depth = close_operators(scope->operators, depth, &term);
+        else if (depth++ == stub_max_depth)
+            return stub_fault(r, "the expression is more than %d operators deep", stub_max_depth);
     } while (depth > 0);
+    *degree = term.degree;
     return true;
 }
 
-template bool stub_take_expression<false>(stub_reader *r, const stub_expression_scope *scope);
-template bool stub_take_expression<true>(stub_reader *r, const stub_expression_scope *scope);
+template bool stub_take_expression<false>(stub_reader *r, const stub_expression_scope *scope, int32_t *degree);
+template bool stub_take_expression<true>(stub_reader *r, const stub_expression_scope *scope, int32_t *degree);

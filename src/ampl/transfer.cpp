@@ -43,13 +43,15 @@ static int32_t read_arguments(transfer *t, ASL *asl, char **argv)
     return ZLR_RES_ERR_AMPL_STUB;
 }
 
-/* Looks through the stub, and keeps the matrix where that can be. What is wrong with it is kept for the .sol file. */
+/* Looks through the stub, and keeps the matrix where that can be. What is wrong with it is kept for the .sol file. A stub that is
+ * seen to be nonlinear is read but once, where the linear rows do not have to come from a read of another kind. */
 static int32_t look_through(transfer *t, ASL *asl)
 {
     char fault[stub_fault_bytes] = "";
     stub_facts facts = {};
     int32_t res = stub_check(t->task, t->name, &facts, &t->model.matrix, fault);
     t->model.linear_are_known = t->model.matrix.value != nullptr;
+    t->model.nonlinear = facts.is_nonlinear && (t->model.linear_are_known || facts.num_con == 0);
     if (res == ZLR_RES_OK && facts.has_sets) res = ampl_refuse_sets(t->task, t->adat);
     if (res == ZLR_RES_ERR_AMPL_STUB && fault[0] != 0) {
         t->adat->fault = ZLR_strduptask(t->task, fault);
@@ -60,10 +62,12 @@ static int32_t look_through(transfer *t, ASL *asl)
     return res;
 }
 
-static int32_t open_stub(transfer *t, ASL *asl, FILE **file)
+static int32_t open_stub(transfer *t, ASL **stub, FILE **file)
 {
-    int32_t res = look_through(t, asl);
+    int32_t res = look_through(t, *stub);
     if (res != ZLR_RES_OK && res != ZLR_RES_ERR_FILE_READ) return res;
+    if (t->model.nonlinear) ampl_replace_stub(t->adat, stub, t->options);
+    ASL *asl = *stub;
     res = ampl_open_stub(asl, t->name, file, &t->model.matrix);
     if (res != ZLR_RES_OK) {
         ZLR_echotask(t->task, ZLR_STREAM_MSG, "** Fatal error: No AMPL stub: %s\n", t->name);
@@ -75,12 +79,14 @@ static int32_t open_stub(transfer *t, ASL *asl, FILE **file)
 }
 
 /* Up to the sizes and suffixes of the model. */
-static int32_t open_model(transfer *t, ASL *asl, char **argv, FILE **file)
+static int32_t open_model(transfer *t, ASL **stub, char **argv, FILE **file)
 {
+    ASL *asl = *stub;
     return_nofile = 1;
     want_xpi0 = 7;
     int32_t res = read_arguments(t, asl, argv);
-    if (res == ZLR_RES_OK && t->name[0] != 0) res = open_stub(t, asl, file);
+    if (res == ZLR_RES_OK && t->name[0] != 0) res = open_stub(t, stub, file);
+    asl = *stub;
     if (res == ZLR_RES_OK) res = ampl_declare_suffixes(asl, t->adat, n_var, n_con, &t->suffixes);
     if (res != ZLR_RES_OK) return res;
     t->cone = suf_get("cone", ASL_Sufkind_var);
@@ -207,6 +213,14 @@ static int32_t transfer_model(transfer *t, ASL **stub, FILE **file)
     return res;
 }
 
+/* The stub object stays, the arrays that were lent to it for the read do not. */
+static void take_arrays_back(ASL *asl, const stub_model *model)
+{
+    if (LUv == model->varlower) LUv = Uvx = nullptr;
+    if (LUrhs == model->conlower) LUrhs = Urhsx = nullptr;
+    A_vals = nullptr;
+}
+
 int32_t ZLR_amplin(char **argv, ASL **stub, Option_Info **options, int32_t objno, ZLR_task *task, ampl_data **adat)
 {
     transfer t = {};
@@ -220,10 +234,11 @@ int32_t ZLR_amplin(char **argv, ASL **stub, Option_Info **options, int32_t objno
     res = make_records(task, adat, options);
     t.adat = *adat;
     t.options = *options;
-    if (res == ZLR_RES_OK) res = open_model(&t, *stub, argv, &file);
+    if (res == ZLR_RES_OK) res = open_model(&t, stub, argv, &file);
     if (res == ZLR_RES_OK) res = transfer_model(&t, stub, &file);
 
     if (file != nullptr) (void)std::fclose(file); /* a failure came before the read, which closes it */
+    take_arrays_back(*stub, &t.model);
     stub_model_free(task, &t.model);
     ampl_free(task, &t.varkey);
     ampl_free(task, &t.conkey);

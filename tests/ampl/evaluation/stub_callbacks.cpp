@@ -17,14 +17,18 @@ struct stub_objects {
 static void take_columns(const ASL *asl, stub_callbacks *c)
 {
     constexpr double none = std::numeric_limits<double>::quiet_NaN();
+    constexpr double infinite = std::numeric_limits<double>::infinity();
     c->num_var = n_var;
     c->num_con = n_con;
     c->num_rows = nlc;
     c->num_columns = ampl_nonlinear_columns(asl);
     for (int32_t j = 0; j < n_var; ++j) {
-        const double *bounds = LUv + 2 * static_cast<size_t>(j);
-        c->lower.push_back(bounds[0]);
-        c->upper.push_back(bounds[1]);
+        int32_t key = 0;
+        double lower = 0.0;
+        double upper = 0.0;
+        (void)ZLR_getbound(c->task, 0, j, &key, &lower, &upper);
+        c->lower.push_back(key == ZLR_BK_UP || key == ZLR_BK_FR ? -infinite : lower);
+        c->upper.push_back(key == ZLR_BK_LO || key == ZLR_BK_FR ? infinite : upper);
         c->start.push_back(X0 != nullptr && (havex0 == nullptr || havex0[j]) ? X0[j] : none);
     }
     c->linear.resize(static_cast<size_t>(n_var) + 1);
