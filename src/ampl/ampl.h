@@ -16,6 +16,7 @@
  *   sensitivity.cpp  the analysis, and its suffixes
  *   start.cpp        what AMPL sends to start from
  *   solution.cpp     what AMPL gets back
+ *   answer_file.cpp  the file that it is in
  *   extended.cpp     what AMPL_EXTENDED adds
  *
  * All memory of the front end comes from ZLR_calloctask and ZLR_strduptask and goes back through ZLR_freetask; what the
@@ -217,6 +218,12 @@ void ZLR_amplwarmstart(int32_t *result, ZLR_task *task, ASL *asl, const SufDesc 
 /* Reports to AMPL: the solution of a kind, or why there is none. `result` is the job's code so far; *code, where given,
  * gets the solve result code. Returns 0 or ZLR_RES_ERR_SPACE. */
 int32_t ZLR_amplout(ASL *asl, Option_Info *options, int32_t result, int32_t kind, ampl_data *adat, int32_t *code);
+
+/* ---- answer_file.cpp ---- */
+
+/* write_sol, with an eye on whether the file is written: where it cannot be, what stood there is gone, the cause is printed, and
+ * the process ends with 2, as the library ends it where it cannot open the file. */
+void ampl_write_answer(ASL *asl, const char *report, double *x, double *y, Option_Info *options);
 
 /* ---- extended.cpp ---- */
 

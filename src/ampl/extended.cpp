@@ -152,7 +152,7 @@ void ampl_report_failure(ASL *asl, Option_Info *options, int32_t result, const a
     solve_code = ampl_failure_code(result);
     if (code != nullptr) *code = solve_code;
     assume_options(asl);
-    if (asl->i.filename_ != nullptr) write_sol(report, nullptr, nullptr, options);
+    if (asl->i.filename_ != nullptr) ampl_write_answer(asl, report, nullptr, nullptr, options);
 }
 
 int32_t ampl_put_reduced_costs(ASL *asl, ampl_data *adat, int32_t kind)

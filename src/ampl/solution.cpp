@@ -158,7 +158,7 @@ static int32_t write_found(ASL *asl, Option_Info *options, int32_t result, int32
 
     int32_t res = adat->sensitivity ? ampl_put_sensitivity(asl, adat) : ZLR_RES_OK;
     if (adat->extended) (void)ampl_put_reduced_costs(asl, adat, kind);
-    write_sol(report, f->x, f->y, options);
+    ampl_write_answer(asl, report, f->x, f->y, options);
     return res;
 }
 
@@ -175,7 +175,7 @@ static void report_failure(ASL *asl, int32_t result, const ampl_data *adat, bool
     if (result == ZLR_RES_ERR_AMPL_STUB) {
         Printf("Cannot write solution solution because of invalid AMPL stub\n");
     } else if (!is_written) {
-        write_sol(report, nullptr, nullptr, nullptr);
+        ampl_write_answer(asl, report, nullptr, nullptr, nullptr);
     }
 }
 

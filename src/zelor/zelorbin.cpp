@@ -5,6 +5,7 @@
  * the stages, the names of output files, CTRL-C and the exit status. Every library call leaves its code in run_status,
  * and the next stage runs only while that is 0; where a code is dropped, the call says so with (void). */
 #include "ampl_entry.h"
+#include "heap.h"
 #include "interrupt.h"
 #include "pipeline.h"
 #include "scan.h"
@@ -307,6 +308,7 @@ int main(int argc, char **argv)
     run.argc = argc;
     run.argv = argv;
 
+    heap_prepare();
     interrupt_install();
     if (prescan_arguments(argc, argv, &run.options)) {
         if (run.options.version_only && run.options.ampl_mode == AMPL_OFF) {
