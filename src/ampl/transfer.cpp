@@ -208,6 +208,8 @@ static int32_t transfer_model(transfer *t, ASL **stub, FILE **file)
         res = t->model.nonlinear ? ampl_put_nonlinear(t->adat, stub, t->options, t->name, &t->suffixes)
                                  : put_quadratic(t, *stub);
     const ASL *asl = *stub;
+    if (t->adat->extended && res == ZLR_RES_OK && (X0 != nullptr || pi0 != nullptr))
+        ZLR_echotask(t->task, ZLR_STREAM_MSG, "\nThe start that the stub gives, before any solve:\n");
     ZLR_amplwarmstart(&res, t->task, *stub, t->suffixes.constatus, t->suffixes.varstatus, t->suffixes.status + n_var,
                       t->suffixes.status);
     return res;
