@@ -95,7 +95,7 @@ TEST(ampl_nonlinear, start)
     std::vector<std::string> extended = run_model(model, "int 172 1").transfer;
     const auto is_start = [](const std::string &call) {
         return call.rfind("putsolution", 0) == 0 || call.rfind("solutionsummary", 0) == 0 ||
-               call.rfind("linkfunctotaskstream", 0) == 0;
+               call.rfind("linkfunctotaskstream", 0) == 0 || call.find("The start that the stub gives") != call.npos;
     };
     std::erase_if(plain, is_start);
     std::erase_if(extended, is_start);

@@ -97,7 +97,6 @@ static nl_expression expression_of(generator *random, int depth, int num_variabl
 TEST(ampl_degree, random_functions_agree_with_the_library)
 {
     judged_folder judged;
-    int num_nonlinear = 0;
     int num_seen = 0;
     for (unsigned seed = 1; seed <= 9000; ++seed) {
         generator random(seed);
@@ -106,11 +105,9 @@ TEST(ampl_degree, random_functions_agree_with_the_library)
         const nl_expression expression =
             expression_of(&random, 2 + static_cast<int>(seed % 4), num_columns + (has_common ? 1 : 0));
         const verdicts v = judged.judge(model_of(expression, common, seed % 2 == 0), NL_TEXT);
-        num_nonlinear += v.by_library;
         num_seen += v.by_look;
         ASSERT_TRUE(v.by_library || !v.by_look) << "seed " << seed << "\n" << expression << "common\n" << common;
     }
-    EXPECT_GT(num_nonlinear, 3000);
-    EXPECT_LT(num_nonlinear, 6000);
     EXPECT_GT(num_seen, 1000);
+    EXPECT_LT(num_seen, 6000);
 }

@@ -9,7 +9,8 @@ struct ZLR_task;
 
 struct verdicts {
     bool is_read = false;
-    bool by_look = false, by_library = false; /* it is not */
+    bool by_look = false;    /* it is not */
+    bool by_library = false; /* asked where it is not by the look */
 };
 
 /* Where stubs are judged. */
