@@ -42,7 +42,8 @@ inline stub_term stub_of_degree(int32_t degree, int32_t column)
 
 inline bool stub_is_factor(stub_term term) { return term.is_number && term.value != 0.0; }
 
-/* Linear terms may cancel each other. The last column of all does not, where it is in one of the parts alone. */
+/* Linear terms may cancel each other, which the library then sees; the last column of all does not, where it is in one of the
+ * parts alone. Quadratic terms that cancel stay in the library's lists, and count. */
 inline int32_t stub_sum_degree(stub_term a, stub_term b)
 {
     const int32_t degree = std::max(a.degree, b.degree);
