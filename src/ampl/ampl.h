@@ -78,6 +78,12 @@ template <class value_type> [[nodiscard]] int32_t ampl_calloc(ZLR_task *task, in
 /* Columns that take part in nonlinear terms: they come first. */
 inline int32_t ampl_nonlinear_columns(const ASL *asl) { return std::max(nlvc, nlvo); }
 
+/* The path of a file that belongs to the stub: ".sol", ".row", ".col". */
+inline std::string ampl_path_beside(const ASL *asl, const char *extension)
+{
+    return std::string(filename, static_cast<size_t>(stub_end - filename)) + extension;
+}
+
 /* Releases and forgets. */
 template <class value_type> void ampl_free(ZLR_task *task, value_type **block)
 {

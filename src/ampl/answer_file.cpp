@@ -74,7 +74,7 @@ static bool compose_answer(ASL *asl, int memory, const char *report, double *x, 
 
 static void write_with_care(ASL *asl, int memory)
 {
-    const std::string path = std::string(filename, static_cast<size_t>(stub_end - filename)) + ".sol";
+    const std::string path = ampl_path_beside(asl, ".sol");
     if (copy_answer(memory, path.c_str())) return;
     Fprintf(Stderr, "can't write %s: %s\n", path.c_str(), std::strerror(errno));
     mainexit_ASL(2);

@@ -1,7 +1,16 @@
 /* names.cpp - see ampl.h: names of the objective, rows and columns, and the suffixes that are taken and returned. */
 #include "ampl/ampl.h"
 
-/* Without .row and .col files nothing is put: the task's rows and columns have no names of their own then. */
+/* Whether there are names beside the stub. */
+static bool has_names(const ASL *asl, int max_length, const char *extension)
+{
+    if (max_length <= 0) return false;
+    std::FILE *file = std::fopen(ampl_path_beside(asl, extension).c_str(), "r");
+    return file != nullptr && std::fclose(file) == 0;
+}
+
+/* Without .row and .col files nothing is put, whatever lengths the stub tells: the task's rows and columns have no names of
+ * their own then, and none that the library would make up. */
 int32_t ampl_put_names(ZLR_task *task, ASL *asl, int32_t objno)
 {
     int32_t num_con = 0;
@@ -10,9 +19,9 @@ int32_t ampl_put_names(ZLR_task *task, ASL *asl, int32_t objno)
     if (objno >= 0 && objno < n_obj && obj_name(objno) != nullptr) res = ZLR_putobjname(task, obj_name(objno));
     if (res == ZLR_RES_OK) res = ZLR_getnumcon(task, &num_con);
     if (res == ZLR_RES_OK) res = ZLR_getnumvar(task, &num_var);
-    if (maxrownamelen > 0)
+    if (has_names(asl, maxrownamelen, ".row"))
         for (int32_t i = 0; i < num_con && res == ZLR_RES_OK; ++i) res = ZLR_putconname(task, i, con_name(i));
-    if (maxcolnamelen > 0)
+    if (has_names(asl, maxcolnamelen, ".col"))
         for (int32_t j = 0; j < num_var && res == ZLR_RES_OK; ++j) res = ZLR_putvarname(task, j, var_name(j));
     return res;
 }

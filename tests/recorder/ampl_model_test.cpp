@@ -273,6 +273,11 @@ TEST(ampl_model, names)
                 calls),
         objective + objective + columns);
 
+    /* Lengths, and a file that is not there: no names of rows and columns are made up. */
+    const std::string two_names = "putobjname(task1, \"_sobj[1]\")\nputobjname(task1, \"_sobj[1]\")\n";
+    model.max_row_name = 4;
+    EXPECT_EQ(part_of(run_ampl({.stub = nl_text(model), .column_names = "a\nb[2]\n"}), calls), two_names + columns);
+
     /* The first failure ends them, and the transfer. */
     const ampl_result failed = run_ampl({.stub = stub,
                                          .script = "code ZLR_putconname 2 1300",
