@@ -93,12 +93,12 @@ static bool objective_gradient(evaluation *e)
     return !has_failed(e);
 }
 
-/* One value a term of the row, in the order of the list. congrd_mode is 1. */
-static bool row_gradient(evaluation *e, int32_t i)
+/* One value a term of the row, in the order of its list. congrd_mode is 1. */
+static bool row_gradient(evaluation *e, int32_t i, double *out)
 {
     ASL *asl = e->adat->asl;
     if (!need_row(e, i)) return false;
-    congrd(i, e->x, e->adat->work, &e->error);
+    congrd(i, e->x, out, &e->error);
     return !has_failed(e);
 }
 
@@ -158,17 +158,31 @@ static void put_objective_gradient(evaluation *e)
     *e->numgrdobjnz = num;
 }
 
+/* The rows from position k on that adjoin, which can be asked for together. */
+static int32_t adjoining_rows(const evaluation *e, int32_t k)
+{
+    const ASL *asl = e->adat->asl;
+    const int32_t most = std::min(e->numi - k, nlc - e->subi[k]);
+    int32_t num = 1;
+    while (num < most && e->subi[k + num] == e->subi[k] + num) ++num;
+    return num;
+}
+
+/* Behind an error nothing more is asked for. */
 static void put_rows(evaluation *e)
 {
     ASL *asl = e->adat->asl;
     const int first = n_conjac[0];
     const int end = n_conjac[1];
-    for (int32_t k = 0; k < e->numi && e->sum_errors == 0; ++k) {
+    int32_t num = 1;
+    for (int32_t k = 0; k < e->numi && e->sum_errors == 0; k += num) {
         const int32_t i = e->subi[k];
-        e->rows[k] = 0.0;
-        if (!is_evaluated_row(asl, i)) continue;
+        const bool is_given = is_evaluated_row(asl, i);
+        num = is_given ? adjoining_rows(e, k) : 1;
+        std::fill_n(&e->rows[k], num, 0.0);
+        if (!is_given) continue;
         n_conjac[0] = i;
-        n_conjac[1] = i + 1;
+        n_conjac[1] = i + num;
         conval(e->x, &e->rows[k], &e->error);
         (void)has_failed(e);
     }
@@ -176,19 +190,41 @@ static void put_rows(evaluation *e)
     n_conjac[1] = end;
 }
 
-/* Spread out by column, taken from there as the caller's entries ask, and cleared again: a row costs its own entries. */
-static void put_row_gradient(evaluation *e, int32_t k, double *map)
+/* Whether a row's entries are asked for as they stand in its list, each column once. */
+static bool is_in_order(const evaluation *e, int32_t k)
+{
+    const ASL *asl = e->adat->asl;
+    int32_t p = e->grdconptrb[k];
+    int32_t last = -1;
+    for (const cgrad *cg = Cgrad[e->subi[k]]; cg != nullptr; cg = cg->next, ++p) {
+        if (p >= e->grdconptre[k] || e->grdconsub[p] != cg->varno || cg->varno <= last) return false;
+        last = cg->varno;
+    }
+    return p == e->grdconptre[k];
+}
+
+/* Otherwise spread out by column, taken from there as the caller's entries ask, and cleared again: a row costs its own
+ * entries. */
+static void put_spread_gradient(evaluation *e, int32_t k, double *map)
 {
     const ASL *asl = e->adat->asl;
     const int32_t i = e->subi[k];
     const double *value = e->adat->work;
-    const bool is_given = is_evaluated_row(asl, i) && row_gradient(e, i);
-    if (is_given)
-        for (const cgrad *cg = Cgrad[i]; cg != nullptr; cg = cg->next) map[cg->varno] = *value++;
-    for (int32_t p = e->grdconptrb[k]; p < e->grdconptre[k]; ++p)
-        e->grdconval[p] = is_given ? map[e->grdconsub[p]] : 0.0;
-    if (is_given)
-        for (const cgrad *cg = Cgrad[i]; cg != nullptr; cg = cg->next) map[cg->varno] = 0.0;
+    for (const cgrad *cg = Cgrad[i]; cg != nullptr; cg = cg->next) map[cg->varno] = *value++;
+    for (int32_t p = e->grdconptrb[k]; p < e->grdconptre[k]; ++p) e->grdconval[p] = map[e->grdconsub[p]];
+    for (const cgrad *cg = Cgrad[i]; cg != nullptr; cg = cg->next) map[cg->varno] = 0.0;
+}
+
+static void put_row_gradient(evaluation *e, int32_t k, double *map)
+{
+    const int32_t i = e->subi[k];
+    const bool is_there = is_evaluated_row(e->adat->asl, i);
+    const bool is_direct = is_there && is_in_order(e, k);
+    double *out = is_direct ? e->grdconval + e->grdconptrb[k] : e->adat->work;
+    if (!is_there || !row_gradient(e, i, out))
+        for (int32_t p = e->grdconptrb[k]; p < e->grdconptre[k]; ++p) e->grdconval[p] = 0.0;
+    else if (!is_direct)
+        put_spread_gradient(e, k, map);
 }
 
 /* Goes on behind an error. */
@@ -218,7 +254,7 @@ static void put_lagrangian_gradient(evaluation *e)
     asl->i.congrd_mode = 1;
     for (int32_t k = 0; k < std::min(e->numi, n_con) && e->sum_errors == 0; ++k) {
         const int32_t i = e->subi[k];
-        if (!is_evaluated_row(asl, i) || adat->y[k] == 0.0 || !row_gradient(e, i)) continue;
+        if (!is_evaluated_row(asl, i) || adat->y[k] == 0.0 || !row_gradient(e, i, adat->work)) continue;
         const double *value = adat->work;
         for (const cgrad *cg = Cgrad[i]; cg != nullptr; cg = cg->next) e->grdlag[cg->varno] += adat->y[k] * *value++;
     }
@@ -240,7 +276,7 @@ static bool can_have_hessian(evaluation *e, const double *y)
     const int mode = asl->i.congrd_mode;
     asl->i.congrd_mode = 1;
     for (int32_t i = 0; y != nullptr && i < nlc && e->sum_errors == 0; ++i)
-        if (y[i] != 0.0) (void)row_gradient(e, i);
+        if (y[i] != 0.0) (void)row_gradient(e, i, e->adat->work);
     asl->i.congrd_mode = mode;
     return e->sum_errors == 0;
 }
