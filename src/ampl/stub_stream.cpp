@@ -3,7 +3,7 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <sys/types.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 /* A file without a piece of it. It lives as long as its stream. */
@@ -41,12 +41,21 @@ static std::FILE *open_cut(std::FILE *file, int64_t at, const stub_matrix *known
     return stream;
 }
 
+/* Each letter costs more through a stream of our own than through a file's: only what is a good part of the file is worth it. */
+static bool is_worth_a_cut(std::FILE *file, const stub_matrix *known)
+{
+    constexpr int64_t least_share = 32;
+    struct stat about = {};
+    return known != nullptr && known->value != nullptr && fstat(fileno(file), &about) == 0 &&
+           (known->end - known->begin) * least_share >= about.st_size;
+}
+
 std::FILE *stub_stream_open(const char *path, int64_t begin, const stub_matrix *known)
 {
     std::FILE *file = std::fopen(path, "rb");
     if (file == nullptr) return nullptr;
     std::FILE *stream = nullptr;
-    if (known != nullptr && known->value != nullptr)
+    if (is_worth_a_cut(file, known))
         stream = open_cut(file, begin, known);
     else if (std::fseek(file, static_cast<long>(begin), SEEK_SET) == 0)
         stream = file;

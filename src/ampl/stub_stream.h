@@ -3,6 +3,6 @@
 
 #include "ampl/stub_matrix.h"
 
-/* The file from the byte `begin` on, without the coefficients that are known, if any. Null where that cannot be; what is known
- * is read once more then, and comes to the same. It can be read front to back alone. */
+/* The file from the byte `begin` on, without the coefficients that are known, where they are a good part of it: what is read
+ * once more comes to the same. Null where that cannot be. It can be read front to back alone. */
 [[nodiscard]] std::FILE *stub_stream_open(const char *path, int64_t begin, const stub_matrix *known);

@@ -25,6 +25,8 @@ static std::vector<int32_t> merge_pattern(const std::vector<pattern_entry> &entr
     std::vector<int32_t> seen(static_cast<size_t>(num),
                               -1); /* the place of a column in the row at hand, if not older */
     int32_t row_begin = 0, current = -1;
+    row->reserve(entries.size());
+    col->reserve(entries.size());
     for (const pattern_entry &e : sorted) {
         if (e.row != current) {
             current = e.row;
@@ -41,6 +43,14 @@ static std::vector<int32_t> merge_pattern(const std::vector<pattern_entry> &entr
     return place_of;
 }
 
+/* Of the quadratic rows. */
+static size_t count_terms(const model *m)
+{
+    size_t num = 0;
+    for (const quad_row &q : m->qcon) num += q.terms.size();
+    return num;
+}
+
 static void add_entry(std::vector<pattern_entry> *entries, int32_t row, int32_t col)
 {
     entries->push_back({row, col, static_cast<int32_t>(entries->size())});
@@ -50,6 +60,7 @@ static void make_jacobian(smooth_form *form)
 {
     const model *m = form->source;
     std::vector<pattern_entry> entries;
+    entries.reserve(m->a.value.size() + 2 * count_terms(m) + (m->functions != nullptr ? m->functions->col.size() : 0));
     for (int32_t j = 0; j < m->num_var; j++)
         for (auto k = m->a.start[static_cast<size_t>(j)]; k < m->a.start[static_cast<size_t>(j) + 1]; k++)
             add_entry(&entries, m->a.row[static_cast<size_t>(k)], j);
@@ -81,6 +92,7 @@ static void make_hessian(smooth_form *form)
 {
     const model *m = form->source;
     std::vector<pattern_entry> entries;
+    entries.reserve(m->qobj.size() + count_terms(m) + (m->functions != nullptr ? m->functions->hes_row.size() : 0));
     for (const quad_term &t : m->qobj) add_entry(&entries, t.i, t.j);
     for (const quad_row &q : m->qcon)
         for (const quad_term &t : q.terms) add_entry(&entries, t.i, t.j);
