@@ -27,7 +27,7 @@ static const struct {
 };
 
 /* Optima that are not the published ones: other local ones from the stub's start, or the published value has fewer digits
- * than it seems to. */
+ * than it seems to. Which of two is found may hang on the processor, by the rounding of the engine's linear algebra. */
 static const struct {
     const char *stub;
     double objective;
@@ -35,7 +35,8 @@ static const struct {
     {"edensch", 12003.2845920}, /* published to six digits */
     {"hs067", -1162.0269973},   /* published with an error in the fifth */
     {"camel6", -0.2154638244},    {"couenne_cube", 0.0},
-    {"haldmads", 0.0329969750},   {"hs033", -4.5857864376}, /* the published -4 is the local one */
+    {"haldmads", 0.0329969750},   {"haldmads", 2.6009786910},
+    {"hs033", -4.5857864376}, /* the published -4 is the local one */
     {"hs055", 6.6666666667},      {"hs070", 0.0094019733},
     {"hs085", -1.9051553}, /* published to five digits */
     {"hs106", 7049.2480},  /* the same */
@@ -57,11 +58,14 @@ static std::vector<data_row> nonlinear_rows()
     return rows;
 }
 
-static double optimum_of(const data_row &row, const std::string &stub)
+/* Those that are known of a stub: none, the published one, or those of the table. */
+static std::vector<double> optima_of(const data_row &row, const std::string &stub)
 {
+    std::vector<double> optima;
     for (const auto &l : local)
-        if (stub == l.stub) return l.objective;
-    return row.optimal;
+        if (stub == l.stub) optima.push_back(l.objective);
+    if (optima.empty() && std::isfinite(row.optimal)) optima.push_back(row.optimal);
+    return optima;
 }
 
 class ampl_nonlinear : public ::testing::TestWithParam<data_row>
@@ -91,10 +95,10 @@ TEST_P(ampl_nonlinear, stubs_are_solved_to_a_local_optimum_or_told_why_not)
     EXPECT_LT(judged.infeasibility, 2e-6);
     EXPECT_LT(judged.complementarity, 2e-6 * (1.0 + std::fabs(judged.objective)));
     EXPECT_LT(judged.loose_dual, 2e-6);
-    const double optimal = optimum_of(row, stub);
-    if (std::isfinite(optimal)) {
-        EXPECT_TRUE(close_to(judged.objective, optimal, 2e-6)) << judged.objective << " published " << optimal;
-    }
+    const std::vector<double> optima = optima_of(row, stub);
+    const bool is_known = std::any_of(optima.begin(), optima.end(),
+                                      [&judged](double optimum) { return close_to(judged.objective, optimum, 2e-6); });
+    EXPECT_TRUE(optima.empty() || is_known) << judged.objective << ", published " << row.optimal;
     const std::vector<double> rc = sol_suffix_values(run.sol, "rc", 0, judged.num_var);
     ASSERT_EQ(rc.size(), judged.reduced_cost.size());
     for (size_t k = 0; k < rc.size(); ++k)
