@@ -104,6 +104,17 @@ TEST(run, leaves_the_stated_files_and_no_other)
     EXPECT_EQ(num, 5U) << "model, model.bas, code.txt, log.txt, result.json";
 }
 
+/* Libraries are not looked for in the folder that the user stands in. */
+TEST(run, does_not_load_what_lies_about)
+{
+    const temp_folder folder;
+    for (const char *name : {"libstdc++.so.6", "libm.so.6", "libzelor64_8_1.so", "libhighs.so", "libz.so.1"})
+        ASSERT_TRUE(file_write(folder.file(name), "not a library"));
+    file_write(folder.file("m.lp"), small_model);
+    const zelor_run run = run_zelor(folder, {"m.lp"});
+    EXPECT_EQ(run.process.status, 0) << run.process.out;
+}
+
 TEST(run, silent_prints_nothing)
 {
     const temp_folder folder;
