@@ -259,6 +259,25 @@ TEST(ampl_evaluation, rows_in_another_order)
     expect_array(a, "hes", hessian_of(m, 2, -4, -3));
 }
 
+/* Rows in the order of their lists, some of all, one behind the other at a point. */
+TEST(ampl_evaluation, single_rows)
+{
+    const point x = {1.25, 0.75, 2.0};
+    const evaluated_model m = evaluated_at(x);
+    std::string script = pattern_line;
+    const std::vector<std::vector<size_t>> turns = {{1}, {0}, {0, 1}, {1, 0}, {1}};
+    for (const std::vector<size_t> &rows : turns)
+        script += values_line(x, std::string("want=con,jac rows=") + std::to_string(rows.front()) +
+                                     (rows.size() > 1 ? "," + std::to_string(rows.back()) : ""));
+    const std::vector<callback_answer> answers = evaluate(evaluated_stub(), script);
+    const std::vector<std::vector<double>> gradients = {{m.dg[0][0], m.dg[0][1], m.dg[0][2]}, {m.dg[1][0], m.dg[1][1]}};
+    for (size_t k = 0; k < turns.size(); ++k) {
+        SCOPED_TRACE(k);
+        for (size_t r = 0; r < turns[k].size(); ++r)
+            expect_array(answers.at(k + 1), r == 0 ? "jac" : "jac2", gradients[turns[k][r]]);
+    }
+}
+
 /* Rows that are not evaluated: linear ones and those that do not exist. */
 TEST(ampl_evaluation, rows_out_of_range)
 {
