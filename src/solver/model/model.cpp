@@ -208,7 +208,8 @@ double model_objective(const model *m, const double *x)
         if (at == nullptr) return std::numeric_limits<double>::quiet_NaN();
         sum.add(at->objective);
     }
-    for (int32_t j = 0; j < m->num_var; ++j) sum.add_product(m->c[static_cast<size_t>(j)], x[j]);
+    for (int32_t j = 0; j < m->num_var; ++j)
+        if (const double c = m->c[static_cast<size_t>(j)]; c != 0.0) sum.add_product(c, x[j]);
     quad_add_value(m->qobj, x, 1.0, &sum);
     return sum.value();
 }
