@@ -19,3 +19,11 @@ add_library(zelor_highs INTERFACE)
 target_include_directories(zelor_highs SYSTEM INTERFACE ${ZELOR_HIGHS_INCLUDE})
 target_link_libraries(zelor_highs INTERFACE ${ZELOR_HIGHS_LIBRARY})
 message(STATUS "HiGHS: ${ZELOR_HIGHS_LIBRARY}")
+
+# An installation brings the HiGHS along that scripts/install-deps unpacked, for the place where it stands now may go. One of the
+# user's own stays where it is.
+if(NOT HIGHS_ROOT)
+  set(ZELOR_HIGHS_INSTALL_RPATH "$ORIGIN/zelor/quick")
+  install(DIRECTORY ${_highs_prefix}/lib/quick ${_highs_prefix}/lib/hipo DESTINATION lib/zelor USE_SOURCE_PERMISSIONS)
+  install(FILES ${_highs_prefix}/share/doc/HIGHS/LICENSE.txt DESTINATION share/doc/zelor RENAME highs-license.txt)
+endif()
