@@ -91,6 +91,24 @@ TEST(ampl_model, coefficients_in_pieces)
     }
 }
 
+/* So few that the piece of them is not worth being left out of what the library reads. */
+TEST(ampl_model, few_coefficients)
+{
+    nl_model model = small_model();
+    model.columns.resize(400);
+    model.rows = {{.upper = 1.5, .linear = {{0, -1.0}, {7, -2.0}}}, {.lower = 0.25, .linear = {{7, 1.0}, {150, -1.0}}}};
+    for (const bool is_nonlinear : {false, true}) {
+        SCOPED_TRACE(is_nonlinear);
+        if (is_nonlinear) model.objectives[0].nonlinear = nl_exp(nl_variable(0));
+        model.nlvo = is_nonlinear ? 1 : 0;
+        const std::string calls = part_of(run_model(model), "putmaxnumanz putacol");
+        for (const char *call :
+             {"putmaxnumanz(task1, 4)", "putacol(task1, 0, 1, {0}, {-1})", "putacol(task1, 1, 0, {}, {})",
+              "putacol(task1, 7, 2, {0 1}, {-2 1})", "putacol(task1, 150, 1, {1}, {-1})"})
+            EXPECT_NE(calls.find(std::string(call) + "\n"), std::string::npos) << call << " in\n" << calls;
+    }
+}
+
 /* ---- Bounds ---- */
 
 TEST(ampl_model, keys_of_bounds)
