@@ -205,7 +205,7 @@ static bool take_places(const evaluation *e, int32_t k)
     return p == e->grdconptre[k];
 }
 
-/* All rows together, straight to the caller, as an optimiser asks for them: row by row takes half as long again, mostly waiting
+/* All rows together, straight to the caller, as an optimiser asks for them: row by row takes twice as long, mostly waiting
  * for memory. False: they are not asked for so, or one of them may have no gradient. */
 static bool put_joint_gradients(evaluation *e)
 {
